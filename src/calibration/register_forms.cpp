@@ -1,0 +1,3 @@
+#include "shell/app_setup.h"
+
+void RegisterCalibrationForms() {}

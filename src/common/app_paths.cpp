@@ -1,0 +1,118 @@
+#include "common/app_paths.h"
+
+#include "common/profile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace {
+QString g_appFolder;
+
+QString slashes(QString path) { return path.replace(QLatin1Char('\\'), QLatin1Char('/')); }
+
+// The ".hidden" file of the folder that holds path, and the name to list in it.
+void hiddenListOf(const QString& path, QString* listFile, QString* name)
+{
+    const QFileInfo fi(QDir::cleanPath(path));
+    *listFile = fi.absolutePath() + QStringLiteral("/.hidden");
+    *name = fi.fileName();
+}
+
+// ".hidden" belongs to the Linux file managers, which read it as UTF-8 with one name a line.
+QStringList hiddenNames(const QString& listFile)
+{
+    QFile f(listFile);
+    if (!f.open(QIODevice::ReadOnly)) return {};
+    QStringList names;
+    for (const QByteArray& line : f.readAll().split('\n')) {
+        const QString name = QString::fromUtf8(line).remove(QLatin1Char('\r'));
+        if (!name.isEmpty()) names << name;
+    }
+    return names;
+}
+}  // namespace
+
+namespace AppPaths {
+
+QString appFolder()
+{
+    if (!g_appFolder.isEmpty()) return g_appFolder;
+    if (QCoreApplication::instance()) return QCoreApplication::applicationDirPath();
+    return QDir::currentPath();
+}
+
+void setAppFolder(const QString& folder)
+{
+    g_appFolder = folder;
+    while (g_appFolder.size() > 1 && g_appFolder.endsWith(QLatin1Char('/'))) g_appFolder.chop(1);
+}
+
+QString inApp(const QString& relative)
+{
+    QString rel = slashes(relative);
+    while (rel.startsWith(QLatin1Char('/'))) rel.remove(0, 1);
+    if (rel.isEmpty()) return appFolder();
+    return appFolder() + QLatin1Char('/') + rel;
+}
+
+QString systemDrive(const QString& windowsPath)
+{
+    QString rel = slashes(windowsPath);
+    QString drive = QStringLiteral("c");
+    static const QRegularExpression driveLetter(QStringLiteral("^([A-Za-z]):"));
+    const auto m = driveLetter.match(rel);
+    if (m.hasMatch()) {
+        drive = m.captured(1).toLower();
+        rel.remove(0, 2);
+    }
+    while (rel.startsWith(QLatin1Char('/'))) rel.remove(0, 1);
+    return inApp(QStringLiteral("drive_") + drive + (rel.isEmpty() ? QString() : QLatin1Char('/') + rel));
+}
+
+void setHidden(const QString& path)
+{
+    QString listFile, name;
+    hiddenListOf(path, &listFile, &name);
+    if (name.isEmpty() || hiddenNames(listFile).contains(name)) return;
+    QFile f(listFile);
+    if (!f.open(QIODevice::Append)) return;  // the attribute is cosmetic: a read-only folder just keeps it visible
+    if (f.size() > 0) {
+        // A list that lost its last line end must not glue the new name to the old one.
+        QFile r(listFile);
+        if (r.open(QIODevice::ReadOnly) && r.seek(r.size() - 1) && r.read(1) != "\n") f.write("\n");
+    }
+    f.write(name.toUtf8() + '\n');
+}
+
+bool isHidden(const QString& path)
+{
+    QString listFile, name;
+    hiddenListOf(path, &listFile, &name);
+    if (name.isEmpty()) return false;
+    return name.startsWith(QLatin1Char('.')) || hiddenNames(listFile).contains(name);
+}
+
+QString Dir(const QString& path, bool withFolders)
+{
+    if (path.isEmpty()) return QString();
+    const QFileInfo fi(QDir::cleanPath(path));
+    if (!fi.exists()) return QString();
+    if (fi.isDir() && !withFolders) return QString();
+    return fi.fileName();
+}
+
+QString comPortDevice(int portNo)
+{
+    const QString device = ReadProfileValue(QStringLiteral("ComPorts"), QStringLiteral("Com") + QString::number(portNo),
+                                            QString(), inApp(QStringLiteral("Data/ComPorts.ini")))
+                               .trimmed();
+    if (!device.isEmpty()) return device;
+    return QStringLiteral("/dev/ttyS") + QString::number(portNo > 0 ? portNo - 1 : 0);
+}
+
+QString yearMonth(const QDate& date) { return QString::number(date.year()) + QString::number(date.month()); }
+
+}  // namespace AppPaths

@@ -1,0 +1,31 @@
+#pragma once
+// Where the Windows notions of the design live on Linux. Each mapping is made here and only here.
+#include <QDate>
+#include <QString>
+
+namespace AppPaths {
+// The application folder: the folder holding the executable, unless a test set another.
+QString appFolder();
+void setAppFolder(const QString& folder);  // seam for tests
+
+// appFolder + "/" + relative, with the design's backslashes turned into slashes.
+QString inApp(const QString& relative);
+
+// "C:\..." paths: the system drive is the folder "drive_c" in the application folder.
+QString systemDrive(const QString& windowsPath);  // "C:\Program Files\MswSpool" -> <app>/drive_c/Program Files/MswSpool
+
+// The hidden attribute: the name is listed in the folder's ".hidden" file, which file managers honour.
+void setHidden(const QString& path);
+bool isHidden(const QString& path);
+
+// Dir(path, attributes) of the design: the last name of an existing path, empty if there is none.
+// Folders are reported only when withFolders is set.
+QString Dir(const QString& path, bool withFolders);
+
+// Com1..Com6 -> device path, from Data/ComPorts.ini (section "ComPorts", keys "Com1".."Com6");
+// an unmapped port n is /dev/ttyS(n-1).
+QString comPortDevice(int portNo);
+
+// Year and month of the monthly files: "20263" in March 2026, "202611" in November (no leading zero).
+QString yearMonth(const QDate& date);
+}  // namespace AppPaths

@@ -1,0 +1,47 @@
+#include "common/error_log.h"
+
+#include "common/app_paths.h"
+#include "common/text_file.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QSet>
+
+namespace {
+QSet<QString> g_logged;  // number & routine of each error written in this run
+}
+
+void ResetErrorLogMemory() { g_logged.clear(); }
+
+QString ErrorLogPath(const QDate& date)
+{
+    return AppPaths::inApp(QStringLiteral("ProgramErr/") + AppPaths::yearMonth(date) + QStringLiteral("ErrLog.txt"));
+}
+
+void LogProgramError(const QString& form, const QString& routine, const QString& number, const QString& description)
+{
+    try {
+        // The same text as the design's key, number and routine run together.
+        const QString key = number + routine;
+        if (g_logged.contains(key)) return;
+        g_logged.insert(key);
+
+        const QString folder = AppPaths::inApp(QStringLiteral("ProgramErr"));
+        if (!QFileInfo(folder).isDir()) {
+            if (!QDir().mkpath(folder)) return;
+            AppPaths::setHidden(folder);
+        }
+        const QDateTime now = QDateTime::currentDateTime();
+        // The date is written as yyyy-MM-dd, the short date of the Chinese stations, whatever the locale.
+        const QString text = QStringLiteral("ErrTime：") + now.toString(QStringLiteral("yyyy-MM-dd")) +
+                             QStringLiteral("   ") + now.toString(QStringLiteral("HH:mm:ss")) + QLatin1Char('\n') +
+                             QStringLiteral("ErrNumber:") + number + QStringLiteral("----") + description +
+                             QLatin1Char('\n') + QStringLiteral("ErrForm:") + form + QLatin1Char('\n') +
+                             QStringLiteral("ErrSub:") + routine + QLatin1Char('\n') + QString(52, QLatin1Char('#')) +
+                             QLatin1Char('\n');
+        TextFile::append(ErrorLogPath(now.date()), text);
+    } catch (...) {
+        // The log must never become the error.
+    }
+}

@@ -1,0 +1,22 @@
+#include "common/module1.h"
+
+#include <QCoreApplication>
+#include <cstdlib>
+
+void EndProcessNow(int code)
+{
+    if (EndProcess) {
+        EndProcess(code);
+        return;
+    }
+    std::_Exit(code);
+}
+
+void EndProgram()
+{
+    if (EndProgramHook) {
+        EndProgramHook();
+        return;
+    }
+    QCoreApplication::quit();
+}

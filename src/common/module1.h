@@ -1,0 +1,59 @@
+#pragma once
+// The shared store: link state, flags by which forms and timers talk, devices of the selected scale,
+// language and message-box globals. Flags are the design's 16-bit booleans, held as bool.
+#include <QString>
+#include <functional>
+
+// Link state
+inline short StepNo = 444;  // 444: no reply is wanted
+inline bool SendFlag = true;
+inline short ExpectedReplyLen = 0;
+inline QString WriteImage = QString(152, QLatin1Char(' '));
+inline short PortNo = 2;
+
+// Polling and one-shot command flags
+inline bool LiveReadDone = false, InitPollDue = false, HoistPollOn = false;
+inline bool ZeroRequest = false, SpanRequest = false, HoistCmdPending = false;
+
+// Saved flags of the editors and first-load flags of the spreading routines
+inline bool ParamSetDone = false, WriteDoneZDTime = false, WriteDoneSensor = false, TimesSaved = false,
+            HoistParamSaved = false, OptionDone = false;
+inline bool BaselineTaken = false, ZDTimeLoaded = false, SensorLoaded = false;
+inline bool HumidActive = false;
+inline bool IsCurrentCal = false;
+
+// Selected scale and its devices
+inline short ScaleNo = 0;
+inline QString ScaleTitle, ScaleTitle2;
+inline QString ParamDevice, ParamDeviceAG, OptionDevice, CalZeroDevice, CalSpanDevice, CalWeightDevice, CalBitMask;
+inline QString CalOperation;
+
+// Navigation
+inline short MenuMode = 0;
+inline QString MenuTitle;       // caption of the main menu entry that opened BcBut
+inline QString ParamFormTitle;  // caption of LblSel(1), title of the parameter forms
+inline QString CurrentForm;     // name of the form last activated
+inline bool GatePassed = false;
+
+// Language
+inline short LangNo = 1;
+inline QString ProfileFile;
+inline const QString LangCommon = QStringLiteral("LANCOMMON");
+
+// Own message box
+inline QString MbText;
+inline bool MbIsOk = true, MbIsError = false, MbResult = false;
+// Shows MbQuestion modally with the globals above; returns when it is unloaded.
+void ShowMbQuestion();
+void UnloadMbQuestion();  // unloads the box if it is showing
+
+// Ends the program after the main form's exit path: forms unloaded, event loop left. Tests replace it.
+inline std::function<void()> EndProgramHook;
+void EndProgram();
+
+// Ends the process at once (the fifth wrong access code at a gate). Tests replace it.
+inline std::function<void(int)> EndProcess;
+void EndProcessNow(int code);
+
+constexpr int kColorGreen = 0x008000;
+constexpr int kColorRed = 0x0000FF;  // the design's BGR value FF: red

@@ -1,0 +1,31 @@
+#pragma once
+// Everything that crosses the serial line is built and taken apart here. Frames are text; every byte of
+// the controller's memory travels as two upper-case hex characters, a 16-bit register low byte first.
+#include <QString>
+
+inline constexpr QChar STX = QChar(2);
+inline constexpr QChar ETX = QChar(3);
+inline constexpr QChar ACK = QChar(6);
+
+QString DeviceToAddress(const QString& device);
+QString WordAddress(const QString& number, int base);
+QString BitByteAddress(const QString& number, int base);
+QString OctalBitByteAddress(const QString& number, int base);
+int OctalToInt(const QString& text);
+int HexByteToInt(const QString& text);
+
+// Low byte of the sum of the characters, as two hex digits. Yields to the event loop once per character:
+// the program stays live while a long frame is summed, and callers must survive being re-entered here.
+QString FrameChecksum(const QString& text);
+
+QString BuildReadFrame(const QString& device, short byteCount);       // sets ExpectedReplyLen to 2n + 4
+QString BuildReadFrameWords(const QString& device, short wordCount);  // D blocks
+QString BuildReadFrameBytes(const QString& device, short byteCount);  // S and Y reads, always 2
+QString BuildWriteFrame(const QString& device, const QString& data, short digits);  // ExpectedReplyLen 1
+
+// Puts the value of text into 1-based word index of WriteImage; returns the new image (or empty text).
+QString ValueToDataSlot(const QString& text, int index);
+// Four data digits that set the bit and clear the other fifteen of its pair of bytes ("S211" -> "0800").
+QString BitOperand(const QString& bitDevice);
+// Signed 16-bit word index (1-based) of a reply's data digits; 0 on an empty payload.
+int GetWordFromPayload(int index, const QString& payload);

@@ -1,0 +1,12 @@
+#pragma once
+class QApplication;
+
+// Font and style shared by the console and its form tests, so that both show the same.
+void InstallAppLook(QApplication& app);
+// Makes every form known by its name; each is created on first use.
+void RegisterForms();
+
+// Filled by each subsystem with its own forms.
+void RegisterParamsForms();
+void RegisterPlantForms();
+void RegisterCalibrationForms();

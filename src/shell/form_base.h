@@ -1,0 +1,75 @@
+#pragma once
+// What every form shares: a frameless window dragged by its surface, image buttons whose caption label
+// forwards the click and whose picture brightens under the mouse, the exit question, the current-form name.
+#include <QLabel>
+#include <QList>
+#include <QPixmap>
+#include <QPoint>
+#include <QWidget>
+#include <functional>
+
+enum class ButtonSize { Large, Small, Tab };
+
+// Our own pictures of the image buttons: plain and selected, large and small.
+QPixmap ButtonPicture(ButtonSize size, bool bright);
+QPixmap GreyPicture(ButtonSize size);
+
+class ClickLabel : public QLabel {
+    Q_OBJECT
+public:
+    using QLabel::QLabel;
+signals:
+    void clicked();
+    void hovered();
+
+protected:
+    void mousePressEvent(QMouseEvent* e) override;
+    void mouseMoveEvent(QMouseEvent* e) override;
+};
+
+// An image and its caption label; a click on either runs the same handler.
+struct ImageButton {
+    ClickLabel* image = nullptr;
+    ClickLabel* caption = nullptr;
+    ButtonSize size = ButtonSize::Small;
+    void setBright(bool bright) const;
+    void setVisible(bool v) const;
+    void setEnabled(bool e) const;
+    void setText(const QString& t) const;
+};
+
+class FormBase : public QWidget {
+    Q_OBJECT
+public:
+    explicit FormBase(const QString& name, QWidget* parent = nullptr);
+
+    // Creates the pair on parent at geometry (pixels), named as the design names them.
+    ImageButton addImageButton(QWidget* parent, const QString& imageName, const QString& captionName,
+                               const QRect& geometry, ButtonSize size, const QString& text,
+                               std::function<void()> onClick);
+    // Moving the mouse over this surface sets all its buttons back to the plain picture.
+    void addHoverSurface(QWidget* surface);
+    // A label with the design's name; parent defaults to the form.
+    QLabel* addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent = nullptr);
+    // The shared exit question; on Yes the program ends through the main form's exit path.
+    void askExit();
+
+    static void setStatus(QLabel* label, const QString& text, bool green);
+
+protected:
+    void mousePressEvent(QMouseEvent* e) override;
+    void mouseMoveEvent(QMouseEvent* e) override;
+    void mouseReleaseEvent(QMouseEvent* e) override;
+    void changeEvent(QEvent* e) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void resetHover(QWidget* surface);
+    QList<QPair<QWidget*, ImageButton>> buttons_;
+    QList<QWidget*> surfaces_;
+    bool dragging_ = false;
+    QPoint dragStart_;
+};
+
+// The exit path of every form; set by the main form.
+inline std::function<void()> ExitSystemHook;

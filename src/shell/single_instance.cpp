@@ -1,0 +1,32 @@
+#include "shell/single_instance.h"
+
+#include "common/app_paths.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QLockFile>
+#include <memory>
+
+namespace {
+std::unique_ptr<QLockFile> gLock;
+}
+
+bool AnotherInstanceRunning()
+{
+    if (gLock)
+        return false;
+    // The lock lives in the temporary folder so that a read-only application folder still works.
+    const QByteArray key = QCryptographicHash::hash(QDir(AppPaths::appFolder()).canonicalPath().toUtf8(),
+                                                    QCryptographicHash::Sha1).toHex().left(16);
+    auto lock = std::make_unique<QLockFile>(QDir::temp().filePath(QStringLiteral("ORVAPLCCOM-%1.lock").arg(QLatin1String(key))));
+    lock->setStaleLockTime(0);
+    if (!lock->tryLock(0)) {
+        if (lock->error() == QLockFile::LockFailedError)
+            return true;
+        return false;  // a lock that cannot be made does not keep the console from starting
+    }
+    gLock = std::move(lock);
+    return false;
+}
+
+void ReleaseInstanceLock() { gLock.reset(); }

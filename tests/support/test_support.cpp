@@ -1,0 +1,117 @@
+#include "test_support.h"
+
+#include "calibration/mb_question.h"
+#include "common/app_paths.h"
+#include "common/error_log.h"
+#include "common/module1.h"
+#include "common/scale_table.h"
+#include "link/form_access.h"
+#include "link/link_engine.h"
+#include "plcsim/sim_port.h"
+#include "shell/single_instance.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QTest>
+
+void ResetConsoleState()
+{
+    StepNo = 444;
+    SendFlag = true;
+    ExpectedReplyLen = 0;
+    WriteImage = QString(152, QLatin1Char('0'));
+    PortNo = 2;
+    LiveReadDone = InitPollDue = HoistPollOn = false;
+    ZeroRequest = SpanRequest = HoistCmdPending = false;
+    ParamSetDone = WriteDoneZDTime = WriteDoneSensor = TimesSaved = HoistParamSaved = OptionDone = false;
+    BaselineTaken = ZDTimeLoaded = SensorLoaded = false;
+    HumidActive = IsCurrentCal = false;
+    ScaleNo = 0;
+    MenuMode = 0;
+    GatePassed = false;
+    CurrentForm.clear();
+    LangNo = 1;
+    ProfileFile.clear();
+    MbText.clear();
+    MbIsOk = true;
+    MbIsError = false;
+    MbResult = false;
+    LinkEngine& l = Link();
+    l.Timer1.stop();
+    l.Timer2.stop();
+    l.Timer3.stop();
+    l.RetryCount = 0;
+    l.InitPollCount = 0;
+    l.LastFrame.clear();
+    l.LastStep.clear();
+    SetDefaultNames();
+    ResetErrorLogMemory();
+}
+
+ConsoleHarness::ConsoleHarness()
+{
+    AppPaths::setAppFolder(dir.path());
+    ResetConsoleState();
+    sim.setLiveModel(false);
+    sim.setNoise(false);
+    SetPortFactory([this](int) { return new plcsim::SimPort(&sim); });
+    EndProcess = [this](int code) { endedProcess = code; };
+    EndProgramHook = [this] { programEnded = true; };
+}
+
+ConsoleHarness::~ConsoleHarness()
+{
+    Forms::unloadAll();
+    Link().Timer1.stop();
+    Link().Timer2.stop();
+    Link().Timer3.stop();
+    Link().closePort();
+    delete Link().port();
+    SetPortFactory({});
+    EndProcess = {};
+    EndProgramHook = {};
+    ReleaseInstanceLock();
+}
+
+QString ConsoleHarness::path(const QString& relative) const { return dir.filePath(relative); }
+
+void ConsoleHarness::connectLink()
+{
+    Link().openPort(PortNo);
+    Link().resetForLogin();
+}
+
+QStringList ConsoleHarness::takeFrames()
+{
+    QStringList out;
+    for (const QByteArray& f : sim.requests())
+        out << QString::fromLatin1(f);
+    sim.clearRequests();
+    return out;
+}
+
+MbAnswerer::MbAnswerer(QObject* parent) : QObject(parent)
+{
+    timer_.setInterval(5);
+    connect(&timer_, &QTimer::timeout, this, &MbAnswerer::poll);
+    timer_.start();
+}
+
+void MbAnswerer::poll()
+{
+    MbQuestion* box = MbQuestion::showing();
+    if (!box || !box->isVisible())
+        return;
+    if (auto* l = box->findChild<QLabel*>(QStringLiteral("LblAsk")))
+        texts << l->text();
+    errorIcons << MbIsError;
+    okOnly << MbIsOk;
+    const bool answer = answers_.isEmpty() ? true : answers_.takeFirst();
+    const char* name = MbIsOk ? "CmdMbOK" : (answer ? "CmdYes" : "CmdNo");
+    if (auto* b = box->findChild<QAbstractButton*>(QLatin1String(name)))
+        b->click();
+}
+
+QColor TextColor(QWidget* label) { return label->palette().color(QPalette::WindowText); }
+
+void ClickOn(QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, w->rect().center()); }

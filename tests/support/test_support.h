@@ -1,0 +1,52 @@
+#pragma once
+// What every console test needs: its own application folder, the simulator on the port, fresh globals,
+// and an operator who answers the own message box.
+#include "plcsim/controller.h"
+
+#include <QObject>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <QWidget>
+
+// Brings the shared store back to the state of a fresh start.
+void ResetConsoleState();
+
+struct ConsoleHarness {
+    QTemporaryDir dir;
+    plcsim::Controller sim;
+    int endedProcess = -1;  // exit code of an at-once end, -1 if none
+    bool programEnded = false;
+
+    ConsoleHarness();
+    ~ConsoleHarness();
+    QString path(const QString& relative) const;  // inside the application folder
+    // Opens the port to the simulator as a good login does, without the form.
+    void connectLink();
+    // The frames the console sent since the last call, as text.
+    QStringList takeFrames();
+};
+
+// Answers each box as it appears: the queued answers in order (true = OK/Yes, false = No), then OK/Yes.
+class MbAnswerer : public QObject {
+    Q_OBJECT
+public:
+    explicit MbAnswerer(QObject* parent = nullptr);
+    void queue(bool answer) { answers_.append(answer); }
+    QStringList texts;           // LblAsk of each box, in order
+    QList<bool> errorIcons;      // MbIsError at the time, for OK boxes
+    QList<bool> okOnly;          // MbIsOk at the time
+
+private:
+    void poll();
+    QList<bool> answers_;
+    QTimer timer_;
+};
+
+// A child widget of a form by its design name.
+template <class T = QWidget> T* Ctl(QWidget* form, const QString& name) { return form->findChild<T*>(name); }
+// Text colour of a status caption.
+QColor TextColor(QWidget* label);
+// Simulated click on a widget (press at its centre).
+void ClickOn(QWidget* w);

@@ -1,0 +1,127 @@
+#pragma once
+// The plant's controller as the console sees it over the line: its byte memory, the two requests it
+// answers, and the small part of its program the console relies on. Written from the controller's
+// side on purpose: nothing here shares code with the console's own frames.
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QList>
+#include <QObject>
+#include <QRandomGenerator>
+#include <QTimer>
+
+#include <array>
+#include <optional>
+
+namespace plcsim {
+
+inline constexpr char kStx = 0x02;
+inline constexpr char kEtx = 0x03;
+inline constexpr char kAck = 0x06;
+inline constexpr char kNak = 0x15;
+
+// Byte memory: S from 0000, Y from 00A0, M from 0100, D8000.. from 0E00, D0..D511 from 1000.
+inline constexpr int kMemorySize = 0x1400;
+inline constexpr int kScales = 16;
+
+enum class Fault { None, NoReply, Nak, Garbage, Short, Long, Late, Unplugged };
+enum class Outcome { Success, Refuse, NoAnswer };
+
+class Controller : public QObject {
+    Q_OBJECT
+public:
+    explicit Controller(QObject* parent = nullptr);
+
+    // Memory, for tests and the control channel. No program logic runs on these.
+    quint8 byteAt(int address) const;
+    void setByteAt(int address, quint8 value);
+    short word(int dNumber) const;
+    void setWord(int dNumber, short value);
+    bool sBit(int n) const;
+    void setSBit(int n, bool on);
+    bool yBit(int octalNumber) const;  // yBit(66) is Y66
+
+    // One complete frame in, the true reply out (empty for none). No faults, no pacing.
+    QByteArray handleFrame(const QByteArray& frame);
+    // Bytes as they come off the line; replies leave through reply().
+    void feed(const QByteArray& bytes);
+
+    QList<QByteArray> requests() const { return requests_; }
+    void clearRequests() { requests_.clear(); }
+
+    // The next `count` requests get the fault; Unplugged lasts until Fault::None or plugIn().
+    void injectFault(Fault fault, int count = 1);
+    void plugIn() { injectFault(Fault::None); }
+    Fault fault() const { return fault_; }
+    void setLateMs(int ms) { lateMs_ = ms; }
+    // Paced: one character at a time at 9600 baud, 10 bits each. Unpaced: the whole reply at once.
+    void setPaced(bool on);
+    bool isPaced() const { return paced_; }
+
+    // The controller's program.
+    void setLiveModel(bool on);
+    bool liveModel() const { return liveTimer_.isActive(); }
+    void setNoise(bool on) { noise_ = on; }
+    void setLoad(int scale, int ad);
+    void setCalOutcome(Outcome outcome) { outcome_ = outcome; }
+    Outcome calOutcome() const { return outcome_; }
+    void setInitDelayMs(int ms) { initTimer_.setInterval(ms); }
+    void setInitNever(bool never) { initNever_ = never; }
+    // A hoist trip climbs pulsesPerTick every 200 ms for `ticks` ticks.
+    void setHoistTrip(int ticks, int pulsesPerTick);
+    bool hoistRunning() const { return hoistTimer_.isActive(); }
+
+signals:
+    void reply(const QByteArray& bytes);
+    void requestReceived(const QByteArray& frame);
+
+private:
+    enum class Answer { Read, Write, Nak };
+    QByteArray execute(const QByteArray& frame, Answer* kind);
+    void takeFrame(const QByteArray& frame);
+    void send(const QByteArray& bytes);
+    void pumpPaced();
+    QByteArray junk(int n);
+
+    void afterWrite(const QByteArray& before, int address);
+    void refreshScale(int k, int drift = 0);
+    void calibrate(int k, bool span);
+    void liveTick();
+    void hoistTick();
+    void finishInit();
+
+    std::array<quint8, kMemorySize> mem_{};
+    QByteArray rx_;
+    QList<QByteArray> requests_;
+
+    Fault fault_ = Fault::None;
+    int faultCount_ = 0;
+    int lateMs_ = 1500;
+    bool paced_ = false;
+    QByteArray txQueue_;
+    qint64 txSent_ = 0;
+    QElapsedTimer txClock_;
+    QTimer txTimer_;
+
+    struct Scale {
+        int load = 0;    // level the raw signal drifts around
+        int zeroAd = 0;  // AD at weight 0
+        double factor = 1.0;
+    };
+    std::array<Scale, kScales> scales_{};
+    // The test value the console wrote last for a scale, taken by its span pulse.
+    std::array<std::optional<short>, kScales> testValue_{};
+    bool noise_ = true;
+    QRandomGenerator rng_{20240611};
+    QTimer liveTimer_;
+
+    Outcome outcome_ = Outcome::Success;
+    QTimer initTimer_;
+    bool initNever_ = false;
+
+    QTimer hoistTimer_;
+    int hoistTicks_ = 20;
+    int hoistPulsesPerTick_ = 150;
+    int hoistTicksDone_ = 0;
+};
+
+}  // namespace plcsim
