@@ -1,15 +1,19 @@
 #include "shell/form_base.h"
 
 #include "common/module1.h"
+#include "link/form_access.h"
 #include "shell/lang.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QScreen>
+#include <QTimer>
 
 namespace {
 QSize pictureSize(ButtonSize size)
@@ -19,11 +23,46 @@ QSize pictureSize(ButtonSize size)
         return {150, 46};
     case ButtonSize::Tab:
         return {120, 34};
+    case ButtonSize::Scale:
+        return {124, 44};
+    case ButtonSize::ExitIcon:
+        return {32, 32};
+    case ButtonSize::HelpIcon:
+        return {28, 28};
     case ButtonSize::Small:
         break;
     }
     return {96, 32};
 }
+
+// Round marks for the lone images: a cross for exit, a question mark for help.
+QPixmap paintMark(ButtonSize size, QColor fill, QColor edge, const QString& mark)
+{
+    const QSize s = pictureSize(size);
+    QPixmap pm(s);
+    pm.fill(Qt::transparent);
+    QPainter p(&pm);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QRectF r(1.5, 1.5, s.width() - 3, s.height() - 3);
+    p.setBrush(fill);
+    p.setPen(QPen(edge, 1.5));
+    p.drawEllipse(r);
+    p.setPen(QPen(Qt::white, 2.5, Qt::SolidLine, Qt::RoundCap));
+    if (mark.isEmpty()) {
+        const qreal m = s.width() * 0.32;
+        p.drawLine(QPointF(m, m), QPointF(s.width() - m, s.height() - m));
+        p.drawLine(QPointF(s.width() - m, m), QPointF(m, s.height() - m));
+    } else {
+        QFont f = p.font();
+        f.setBold(true);
+        f.setPixelSize(s.height() * 2 / 3);
+        p.setFont(f);
+        p.drawText(r, Qt::AlignCenter, mark);
+    }
+    return pm;
+}
+
+bool isLight(ButtonSize size) { return size == ButtonSize::Scale || size == ButtonSize::Tab; }
 
 QPixmap paint(ButtonSize size, QColor top, QColor bottom, QColor edge)
 {
@@ -50,8 +89,17 @@ QPixmap paint(ButtonSize size, QColor top, QColor bottom, QColor edge)
 
 QPixmap ButtonPicture(ButtonSize size, bool bright)
 {
+    if (size == ButtonSize::ExitIcon)
+        return bright ? paintMark(size, QColor(235, 90, 70), QColor(150, 40, 30), QString())
+                      : paintMark(size, QColor(190, 60, 50), QColor(120, 30, 25), QString());
+    if (size == ButtonSize::HelpIcon)
+        return bright ? paintMark(size, QColor(232, 160, 30), QColor(150, 95, 0), QStringLiteral("?"))
+                      : paintMark(size, QColor(50, 110, 185), QColor(20, 50, 100), QStringLiteral("?"));
     if (bright)
         return paint(size, QColor(255, 214, 110), QColor(222, 150, 20), QColor(150, 95, 0));
+    // Buttons with dark captions stand on a light picture.
+    if (isLight(size))
+        return paint(size, QColor(250, 252, 255), QColor(196, 212, 234), QColor(95, 125, 170));
     return paint(size, QColor(110, 160, 215), QColor(40, 90, 160), QColor(20, 50, 100));
 }
 
@@ -78,14 +126,20 @@ void ImageButton::setBright(bool bright) const
 void ImageButton::setVisible(bool v) const
 {
     image->setVisible(v);
-    caption->setVisible(v);
+    if (caption)
+        caption->setVisible(v);
 }
 void ImageButton::setEnabled(bool e) const
 {
     image->setEnabled(e);
-    caption->setEnabled(e);
+    if (caption)
+        caption->setEnabled(e);
 }
-void ImageButton::setText(const QString& t) const { caption->setText(t); }
+void ImageButton::setText(const QString& t) const
+{
+    if (caption)
+        caption->setText(t);
+}
 
 FormBase::FormBase(const QString& name, QWidget* parent) : QWidget(parent, Qt::FramelessWindowHint | Qt::Window)
 {
@@ -113,7 +167,10 @@ ImageButton FormBase::addImageButton(QWidget* parent, const QString& imageName, 
     b.caption->setAlignment(Qt::AlignCenter);
     b.caption->setMouseTracking(true);
     b.caption->setCursor(Qt::PointingHandCursor);
-    b.caption->setStyleSheet(QStringLiteral("color: white; font-weight: bold;"));
+    // Light pictures take the palette's text colour, so that a form can mark a caption by colour.
+    b.caption->setStyleSheet(isLight(size) ? QStringLiteral("font-weight: bold;")
+                                           : QStringLiteral("QLabel { color: white; font-weight: bold; } "
+                                                            "QLabel:disabled { color: #d0d6de; }"));
     b.caption->raise();
     auto bright = [this, b, parent] {
         resetHover(parent);
@@ -127,6 +184,114 @@ ImageButton FormBase::addImageButton(QWidget* parent, const QString& imageName, 
     }
     buttons_.append({parent, b});
     return b;
+}
+
+ImageButton FormBase::addImage(QWidget* parent, const QString& imageName, const QRect& geometry, ButtonSize size,
+                               std::function<void()> onClick)
+{
+    ImageButton b;
+    b.size = size;
+    b.image = new ClickLabel(parent);
+    b.image->setObjectName(imageName);
+    b.image->setGeometry(geometry);
+    b.image->setScaledContents(true);
+    b.image->setPixmap(ButtonPicture(size, false));
+    b.image->setMouseTracking(true);
+    b.image->setCursor(Qt::PointingHandCursor);
+    connect(b.image, &ClickLabel::hovered, this, [this, b, parent] {
+        resetHover(parent);
+        b.setBright(true);
+    });
+    if (onClick)
+        connect(b.image, &ClickLabel::clicked, this, onClick);
+    buttons_.append({parent, b});
+    return b;
+}
+
+ImageButton FormBase::addExitImage(const QString& imageName, const QPoint& topLeft, QWidget* parent)
+{
+    const QSize s = pictureSize(ButtonSize::ExitIcon);
+    return addImage(parent ? parent : this, imageName, QRect(topLeft, s), ButtonSize::ExitIcon, [this] { askExit(); });
+}
+
+ImageButton FormBase::addTab(QWidget* parent, const QString& imageName, const QString& captionName,
+                             const QRect& geometry, const QString& text, std::function<void()> onClick)
+{
+    ImageButton b;
+    b.size = ButtonSize::Tab;
+    b.image = new ClickLabel(parent);
+    b.image->setObjectName(imageName);
+    b.image->setGeometry(geometry);
+    b.image->setScaledContents(true);
+    b.image->setPixmap(ButtonPicture(ButtonSize::Tab, false));
+    b.image->setCursor(Qt::PointingHandCursor);
+    b.caption = new ClickLabel(text, parent);
+    b.caption->setObjectName(captionName);
+    b.caption->setGeometry(geometry);
+    b.caption->setAlignment(Qt::AlignCenter);
+    b.caption->setWordWrap(true);
+    b.caption->setCursor(Qt::PointingHandCursor);
+    b.caption->setStyleSheet(QStringLiteral("font-weight: bold;"));
+    b.caption->raise();
+    if (onClick) {
+        connect(b.image, &ClickLabel::clicked, this, onClick);
+        connect(b.caption, &ClickLabel::clicked, this, onClick);
+    }
+    return b;
+}
+
+void FormBase::selectTab(const QList<ImageButton>& tabs, int index)
+{
+    for (int i = 0; i < tabs.size(); ++i) {
+        const bool on = i == index;
+        tabs[i].image->setPixmap(ButtonPicture(ButtonSize::Tab, on));
+        QPalette p = tabs[i].caption->palette();
+        p.setColor(QPalette::WindowText, on ? QColor(0, 0, 0x80) : QColor(0x80, 0x80, 0x80));
+        tabs[i].caption->setPalette(p);
+    }
+}
+
+QLabel* FormBase::addHelpTip(const QString& name, const QRect& geometry, QWidget* parent)
+{
+    auto* tip = new ClickLabel(parent ? parent : this);
+    tip->setObjectName(name);
+    tip->setGeometry(geometry);
+    tip->setWordWrap(true);
+    tip->setTextFormat(Qt::PlainText);
+    tip->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    tip->setMargin(8);
+    tip->setCursor(Qt::PointingHandCursor);
+    tip->setStyleSheet(QStringLiteral("QLabel { background: #fffbe6; color: #303030; border: 1px solid #c9a640; }"));
+    connect(tip, &ClickLabel::clicked, tip, &QWidget::hide);
+    tip->hide();
+    return tip;
+}
+
+void FormBase::showHelp(QLabel* tip, const QString& text)
+{
+    tip->setText(text);
+    tip->show();
+    tip->raise();
+}
+
+void FormBase::setTopMost(bool on)
+{
+    const bool wasVisible = isVisible();
+    setWindowFlag(Qt::WindowStaysOnTopHint, on);
+    if (wasVisible)
+        show();  // changing the flags hides a window
+}
+
+void FormBase::unloadLater()
+{
+    hide();
+    const QString name = objectName();
+    QPointer<FormBase> self(this);
+    // Queued on the application, not on the form: the form must not be deleted inside its own event.
+    QTimer::singleShot(0, qApp, [self, name] {
+        if (self && Forms::loaded(name) == self.data())
+            Forms::unload(name);
+    });
 }
 
 void FormBase::addHoverSurface(QWidget* surface)
@@ -190,7 +355,13 @@ void FormBase::mouseMoveEvent(QMouseEvent* e)
     move(cursor - dragStart_);
 }
 
-void FormBase::mouseReleaseEvent(QMouseEvent*) { dragging_ = false; }
+// A release outside the form, where the cursor left it behind, keeps the drag on until the next
+// release over it.
+void FormBase::mouseReleaseEvent(QMouseEvent* e)
+{
+    if (rect().contains(e->position().toPoint()))
+        dragging_ = false;
+}
 
 void FormBase::changeEvent(QEvent* e)
 {

@@ -8,7 +8,8 @@
 #include <QWidget>
 #include <functional>
 
-enum class ButtonSize { Large, Small, Tab };
+// Scale: the light buttons of a list of scales, with dark captions. ExitIcon and HelpIcon: lone images.
+enum class ButtonSize { Large, Small, Tab, Scale, ExitIcon, HelpIcon };
 
 // Our own pictures of the image buttons: plain and selected, large and small.
 QPixmap ButtonPicture(ButtonSize size, bool bright);
@@ -36,6 +37,7 @@ struct ImageButton {
     void setVisible(bool v) const;
     void setEnabled(bool e) const;
     void setText(const QString& t) const;
+    bool isVisible() const { return image && !image->isHidden(); }
 };
 
 class FormBase : public QWidget {
@@ -47,6 +49,19 @@ public:
     ImageButton addImageButton(QWidget* parent, const QString& imageName, const QString& captionName,
                                const QRect& geometry, ButtonSize size, const QString& text,
                                std::function<void()> onClick);
+    // A lone image (the exit image, a help mark) that brightens under the mouse like the pairs.
+    ImageButton addImage(QWidget* parent, const QString& imageName, const QRect& geometry, ButtonSize size,
+                         std::function<void()> onClick);
+    // The exit image: the shared exit question on a click.
+    ImageButton addExitImage(const QString& imageName, const QPoint& topLeft, QWidget* parent = nullptr);
+    // A tab: the pair without hover, since its picture shows which tab is selected.
+    ImageButton addTab(QWidget* parent, const QString& imageName, const QString& captionName, const QRect& geometry,
+                       const QString& text, std::function<void()> onClick);
+    // The selected tab is bright with a dark blue caption, the others plain and grey.
+    static void selectTab(const QList<ImageButton>& tabs, int index);
+    // A help pop-up: the text ends in its close mark, and a click anywhere on it closes it.
+    QLabel* addHelpTip(const QString& name, const QRect& geometry, QWidget* parent = nullptr);
+    static void showHelp(QLabel* tip, const QString& text);
     // Moving the mouse over this surface sets all its buttons back to the plain picture.
     void addHoverSurface(QWidget* surface);
     // A label with the design's name; parent defaults to the form.
@@ -55,6 +70,12 @@ public:
     void askExit();
 
     static void setStatus(QLabel* label, const QString& text, bool green);
+    // Forms that must stay above the others.
+    void setTopMost(bool on);
+    // Unloading from inside one's own click would delete the widget still delivering the click: the
+    // form hides now and is destroyed as soon as the event is done.
+    void unloadLater();
+    bool isDragging() const { return dragging_; }
 
 protected:
     void mousePressEvent(QMouseEvent* e) override;

@@ -26,12 +26,6 @@ inline bool putBytes(const QString& path, const QByteArray& bytes)
 
 inline QString fixture(const QString& name) { return QStringLiteral(ORVA_TEST_DATA "/common/") + name; }
 
-inline QByteArray gb(const char* utf8)
-{
-    extern QByteArray gbEncode(const QString&);
-    return gbEncode(QString::fromUtf8(utf8));
-}
-
 // Permission bits do not stop root. While this lives, the file accesses of this (the only) thread are
 // checked as those of "nobody", so a folder with mode 0555 cannot be written, as on an operator station.
 class UnprivilegedFiles {

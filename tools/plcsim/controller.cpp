@@ -73,7 +73,8 @@ int hexValue(const QByteArray& s, int pos, int len)
 QByteArray hex2(int v)
 {
     static const char digits[] = "0123456789ABCDEF";
-    return QByteArray{digits[(v >> 4) & 0xF], digits[v & 0xF]};
+    const char pair[2] = {digits[(v >> 4) & 0xF], digits[v & 0xF]};
+    return QByteArray(pair, 2);
 }
 
 // Low byte of the sum of everything after STX up to and including ETX.
