@@ -1,0 +1,352 @@
+#include "test_support.h"
+
+#include "../common/common_test_util.h"
+#include "plcsim/sim_port.h"
+
+#include "common/app_paths.h"
+#include "common/error_log.h"
+#include "common/module1.h"
+#include "common/scale_table.h"
+#include "common/text_file.h"
+#include "link/form_access.h"
+#include "link/link_engine.h"
+#include "shell/app_setup.h"
+#include "shell/lang.h"
+#include "shell/plc_form.h"
+#include "shell/single_instance.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLockFile>
+#include <QTest>
+
+namespace {
+
+// A port that refuses to open the way a real adapter can.
+class RefusingPort : public CommPort {
+public:
+    explicit RefusingPort(PortOpenResult r) : result_(std::move(r)) {}
+    PortOpenResult open() override { return result_; }
+    void close() override {}
+    bool isOpen() const override { return false; }
+    QString deviceName() const override { return QStringLiteral("/dev/ttyS9"); }
+
+protected:
+    void writeBytes(const QByteArray&) override {}
+
+private:
+    PortOpenResult result_;
+};
+
+void shipLanguageFile(ConsoleHarness& h)
+{
+    QDir().mkpath(h.path(QStringLiteral("Lang")));
+    QFile::copy(QStringLiteral(ORVA_LANG_FILE), h.path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini")));
+}
+
+QString label(QWidget* f, const char* name) { return Ctl<QLabel>(f, QLatin1String(name))->text(); }
+
+bool menuShown(PLC* f)
+{
+    for (QFrame* fr : f->FraCeng)
+        if (fr->isHidden())
+            return false;
+    return !f->picCom->isVisible();
+}
+
+}  // namespace
+
+class PlcFormTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        h = new ConsoleHarness;
+        shipLanguageFile(*h);
+    }
+    void cleanup()
+    {
+        delete h;
+        h = nullptr;
+    }
+
+    void accessCode_data();
+    void accessCode();
+    void fifthWrongCodeEndsTheRun();
+    void portOpenFailures_data();
+    void portOpenFailures();
+    void startingValuesFromFiles_data();
+    void startingValuesFromFiles();
+    void languageChoiceIsSavedAndApplied();
+    void badFilesStillStart_data();
+    void badFilesStillStart();
+    void secondInstanceEnds();
+
+private:
+    PLC* loadForm()
+    {
+        auto* f = Forms::get<PLC>(QStringLiteral("PLC"));
+        if (!f->load())
+            return nullptr;
+        f->show();
+        return f;
+    }
+    ConsoleHarness* h = nullptr;
+};
+
+void PlcFormTest::accessCode_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("right") << "48213" << true;
+    QTest::newRow("empty") << "" << false;
+    QTest::newRow("one digit short") << "4821" << false;
+    QTest::newRow("trailing blank") << "48213 " << false;
+    QTest::newRow("full-width digits") << "４８２１３" << false;
+}
+
+void PlcFormTest::accessCode()
+{
+    QFETCH(QString, code);
+    QFETCH(bool, accepted);
+    MbAnswerer mb;
+    PLC* f = loadForm();
+    QVERIFY(f);
+    QVERIFY(f->picCom->isVisible());
+    QVERIFY(f->FraCeng[0]->isHidden());
+    f->txtPassword->setText(code);
+    QTest::keyClick(f->txtPassword, Qt::Key_Return);
+    if (accepted) {
+        QVERIFY(mb.texts.isEmpty());
+        QVERIFY(menuShown(f));
+        QVERIFY(Link().portOpen());
+        QCOMPARE(WriteImage, QString(152, QLatin1Char('0')));
+        QVERIFY(Ctl(f, QStringLiteral("cmdExit"))->isVisible());
+        QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
+        QCOMPARE(Link().Timer1.interval(), 400);
+    } else {
+        QCOMPARE(mb.texts, QStringList{QStringLiteral("密码错误!")});
+        QCOMPARE(mb.errorIcons, QList<bool>{false});
+        QVERIFY(f->picCom->isVisible());
+        QVERIFY(f->FraCeng[0]->isHidden());
+        QVERIFY(!Link().portOpen());
+        QCOMPARE(f->txtPassword->text(), code);  // the operator corrects, not retypes
+        QVERIFY(!MbResult);
+    }
+    QVERIFY(h->endedProcess < 0 && !h->programEnded);
+}
+
+void PlcFormTest::fifthWrongCodeEndsTheRun()
+{
+    MbAnswerer mb;
+    PLC* f = loadForm();
+    for (int i = 0; i < 5; ++i) {
+        f->txtPassword->setText(QStringLiteral("1111"));
+        f->cmdOk();
+        QCOMPARE(h->programEnded, i == 4);
+    }
+    QCOMPARE(mb.texts.size(), 5);
+    QCOMPARE(mb.texts.mid(0, 4), QStringList(4, QStringLiteral("密码错误!")));
+    QCOMPARE(mb.texts[4], QStringLiteral("密码错误已5次，程序将退出！"));
+    QCOMPARE(mb.errorIcons.last(), true);
+    QVERIFY(!Link().portOpen());
+    // The way out saves the configuration.
+    QVERIFY(QFile::exists(BLZConfigPath()));
+}
+
+void PlcFormTest::portOpenFailures_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QString>("description");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("errorIcon");
+    QTest::newRow("in use") << int(PortOpenError::InUse) << "" << "Com3端口已被其它程序占用!请重新设置端口！" << false;
+    QTest::newRow("missing") << int(PortOpenError::Missing) << "" << "Com3端口无效!请重新设置端口！" << false;
+    const QString denied = QStringLiteral("/dev/ttyS2: Permission denied. The user must be in the dialout group.");
+    QTest::newRow("permission") << int(PortOpenError::Other) << denied << denied << true;
+}
+
+void PlcFormTest::portOpenFailures()
+{
+    QFETCH(int, error);
+    QFETCH(QString, description);
+    QFETCH(QString, text);
+    QFETCH(bool, errorIcon);
+    MbAnswerer mb;
+    bool refuse = true;
+    plcsim::Controller* sim = &h->sim;
+    SetPortFactory([&](int) -> CommPort* {
+        if (refuse)
+            return new RefusingPort({PortOpenError(error), description});
+        return new plcsim::SimPort(sim);
+    });
+    PLC* f = loadForm();
+    f->ComboPlc->setCurrentIndex(2);
+    f->txtPassword->setText(QStringLiteral("48213"));
+    f->cmdOk();
+    QCOMPARE(mb.texts, QStringList{text});
+    QCOMPARE(mb.errorIcons, QList<bool>{errorIcon});
+    QVERIFY(f->picCom->isVisible());
+    QVERIFY(f->FraCeng[1]->isHidden());
+    QCOMPARE(int(PortNo), 3);
+    QString log;
+    TextFile::read(ErrorLogPath(QDate::currentDate()), &log);
+    QVERIFY2(log.contains(QStringLiteral("cmdOk")), qPrintable(log));
+
+    // The code stays accepted: the next try with a good port goes straight to the menu.
+    refuse = false;
+    f->cmdOk();
+    QCOMPARE(mb.texts.size(), 1);
+    QVERIFY(menuShown(f));
+}
+
+void PlcFormTest::startingValuesFromFiles_data()
+{
+    QTest::addColumn<QString>("comPort");
+    QTest::addColumn<QString>("lanSel");
+    QTest::addColumn<int>("comboPlc");
+    QTest::addColumn<int>("comboLan");
+    QTest::addColumn<int>("langNo");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("plant");
+    const QString zhTitle = QStringLiteral("秤控台设定选项");
+    const QString zhPlant = QStringLiteral("星河路桥工程有限公司QX240B7.1-42TR8CD517");
+    QTest::newRow("Com5, Chinese") << "5" << "1" << 4 << 0 << 1 << zhTitle << zhPlant;
+    QTest::newRow("Com1, English") << "1" << "2" << 0 << 1 << 2 << "Weighing console settings"
+                                   << "English QX240B7.1-42TR8CD517";
+    QTest::newRow("port 0 keeps Com2") << "0" << "1" << 1 << 0 << 1 << zhTitle << zhPlant;
+    QTest::newRow("port 7 keeps Com2") << "7" << "1" << 1 << 0 << 1 << zhTitle << zhPlant;
+    QTest::newRow("language 3 taken, combo left") << "2" << "3" << 1 << 0 << 3 << zhTitle
+                                                  << "Russian QX240B7.1-42TR8CD517";
+    QTest::newRow("no language choice file") << "6" << "" << 5 << 0 << 1 << zhTitle << zhPlant;
+}
+
+void PlcFormTest::startingValuesFromFiles()
+{
+    QFETCH(QString, comPort);
+    QFETCH(QString, lanSel);
+    QFETCH(int, comboPlc);
+    QFETCH(int, comboLan);
+    QFETCH(int, langNo);
+    QFETCH(QString, title);
+    QFETCH(QString, plant);
+    QDir().mkpath(h->path(QStringLiteral("Data")));
+    TextFile::writeLines(h->path(QStringLiteral("Data/BLZConfig.dat")), {QStringLiteral("COMPort=") + comPort});
+    if (!lanSel.isEmpty())
+        TextFile::writeLines(LangSelFile(), {QStringLiteral("[PLCCOMLANSEL]"), QStringLiteral("LANSEL=") + lanSel});
+    PLC* f = loadForm();
+    QCOMPARE(f->ComboPlc->currentIndex(), comboPlc);
+    QCOMPARE(f->ComboLan->currentIndex(), comboLan);
+    QCOMPARE(int(LangNo), langNo);
+    QCOMPARE(label(f, "lblFormTitle"), title);
+    QCOMPARE(label(f, "Label1(2)"), plant);
+}
+
+void PlcFormTest::languageChoiceIsSavedAndApplied()
+{
+    // Other entries of the choice file are the station's own and stay.
+    TextFile::writeLines(LangSelFile(), {QStringLiteral("; chosen at the station"), QStringLiteral("[PLCCOMLANSEL]"),
+                                         QStringLiteral("LANSEL=1"), QStringLiteral("[Other]"), QStringLiteral("A=1")});
+    PLC* f = loadForm();
+    QCOMPARE(label(f, "lblPassWord"), QStringLiteral("密码:"));
+    f->ComboLan->setCurrentIndex(1);
+    emit f->ComboLan->activated(1);
+    QCOMPARE(int(LangNo), 2);
+    QCOMPARE(label(f, "lblPassWord"), QStringLiteral("Password:"));
+    QCOMPARE(label(f, "LblSel(1)"), QStringLiteral("Parameters"));
+    QCOMPARE(ParamFormTitle, QStringLiteral("Parameters"));
+    QStringList lines;
+    QVERIFY(TextFile::readLines(LangSelFile(), &lines));
+    QCOMPARE(lines,
+             (QStringList{QStringLiteral("; chosen at the station"), QStringLiteral("[PLCCOMLANSEL]"),
+                          QStringLiteral("LANSEL=2"), QStringLiteral("[Other]"), QStringLiteral("A=1")}));
+    emit f->ComboLan->activated(0);
+    QCOMPARE(label(f, "lblPassWord"), QStringLiteral("密码:"));
+}
+
+void PlcFormTest::badFilesStillStart_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::newRow("binary BLZConfig.dat") << "binary";
+    QTest::newRow("truncated BLZConfig.dat") << "truncated";
+    QTest::newRow("CName.ini of 10000-character lines") << "longnames";
+    QTest::newRow("no Data folder") << "nodata";
+    QTest::newRow("read-only application folder") << "readonly";
+    QTest::newRow("no language file") << "nolang";
+    QTest::newRow("language file is binary") << "binlang";
+}
+
+void PlcFormTest::badFilesStillStart()
+{
+    QFETCH(QString, damage);
+    QDir().mkpath(h->path(QStringLiteral("Data")));
+    const QString blz = h->path(QStringLiteral("Data/BLZConfig.dat"));
+    if (damage == QLatin1String("binary"))
+        QFile::copy(fixture(QStringLiteral("BLZConfig_binary.dat")), blz);
+    else if (damage == QLatin1String("truncated"))
+        QFile::copy(fixture(QStringLiteral("BLZConfig_truncated.dat")), blz);
+    else if (damage == QLatin1String("longnames"))
+        QFile::copy(fixture(QStringLiteral("CName_longlines.ini")), h->path(QStringLiteral("Data/CName.ini")));
+    else if (damage == QLatin1String("nodata"))
+        QDir(h->path(QStringLiteral("Data"))).removeRecursively();
+    else if (damage == QLatin1String("nolang"))
+        QFile::remove(h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini")));
+    else if (damage == QLatin1String("binlang"))
+        putBytes(h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini")), QByteArray("\xff\xfe\x00[LANPLCFORM]\x00\x01\x02", 17));
+    const QByteArray before = rawBytes(blz);
+
+    MbAnswerer mb;
+    std::unique_ptr<UnprivilegedFiles> nobody;
+    if (damage == QLatin1String("readonly")) {
+        makeReadOnly(h->path(QString()));
+        nobody = std::make_unique<UnprivilegedFiles>();
+    }
+    PLC* f = loadForm();
+    QVERIFY(f);
+    if (damage != QLatin1String("binlang"))
+        QCOMPARE(label(f, "lblFormTitle"), QStringLiteral("秤控台设定选项"));
+    QVERIFY(mb.texts.isEmpty());
+    QVERIFY(f->picCom->isVisible());
+    QCOMPARE(ScaleName[0].isEmpty(), false);  // the names fall back to the defaults
+
+    f->txtPassword->setText(QStringLiteral("48213"));
+    f->cmdOk();
+    QVERIFY(menuShown(f));
+    f->ExitSystem();
+    QVERIFY(h->programEnded);
+    nobody.reset();
+    if (damage == QLatin1String("readonly")) {
+        QCOMPARE(rawBytes(blz), before);  // nothing written, nothing lost
+        makeWritable(h->path(QString()));
+    }
+}
+
+void PlcFormTest::secondInstanceEnds()
+{
+    PLC* first = loadForm();
+    QVERIFY(first);
+    // Another process holds the lock of this application folder.
+    ReleaseInstanceLock();
+    QLockFile other(InstanceLockPath());
+    QVERIFY(other.tryLock(0));
+    Forms::unload(QStringLiteral("PLC"));
+    QVERIFY(!Forms::get<PLC>(QStringLiteral("PLC"))->load());
+    other.unlock();
+    QVERIFY(Forms::get<PLC>(QStringLiteral("PLC"))->load());
+}
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    InstallAppLook(app);
+    RegisterForms();
+    PlcFormTest t;
+    return QTest::qExec(&t, argc, argv);
+}
+
+#include "plc_form_test.moc"
