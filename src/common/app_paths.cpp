@@ -72,6 +72,12 @@ QString systemDrive(const QString& windowsPath)
     return inApp(QStringLiteral("drive_") + drive + (rel.isEmpty() ? QString() : QLatin1Char('/') + rel));
 }
 
+QString partnerShare(const QString& host, const QString& windowsPath)
+{
+    const QString local = systemDrive(windowsPath);  // <app>/drive_x/...
+    return inApp(QStringLiteral("stations/") + host) + local.mid(appFolder().size());
+}
+
 void setHidden(const QString& path)
 {
     QString listFile, name;

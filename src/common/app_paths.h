@@ -14,6 +14,9 @@ QString inApp(const QString& relative);
 // "C:\..." paths: the system drive is the folder "drive_c" in the application folder.
 QString systemDrive(const QString& windowsPath);  // "C:\Program Files\MswSpool" -> <app>/drive_c/Program Files/MswSpool
 
+// The partner station's administrative share ("\\host\C$\..."): mounted at stations/<host>/drive_c.
+QString partnerShare(const QString& host, const QString& windowsPath);
+
 // The hidden attribute: the name is listed in the folder's ".hidden" file, which file managers honour.
 void setHidden(const QString& path);
 bool isHidden(const QString& path);

@@ -5,6 +5,8 @@
 #include "shell/lang.h"
 
 #include <QApplication>
+#include <QFontInfo>
+#include <QFontMetrics>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLinearGradient>
@@ -137,8 +139,27 @@ void ImageButton::setEnabled(bool e) const
 }
 void ImageButton::setText(const QString& t) const
 {
-    if (caption)
-        caption->setText(t);
+    if (!caption)
+        return;
+    caption->setText(t);
+    // A translated caption may be longer than the picture: it shrinks rather than being cut. The size
+    // goes into the style sheet, which would otherwise override a font set on the label.
+    QString style = caption->property("baseStyle").toString();
+    if (!caption->property("baseStyle").isValid()) {
+        style = caption->styleSheet();
+        caption->setProperty("baseStyle", style);
+    }
+    QFont f = QApplication::font();
+    f.setBold(true);
+    const int full = QFontInfo(f).pixelSize();
+    int px = full;
+    f.setPixelSize(px);
+    const int room = caption->width() - 8;
+    while (px > 9 && QFontMetrics(f).horizontalAdvance(t) > room)
+        f.setPixelSize(--px);
+    if (px < full)
+        style += QStringLiteral(" QLabel { font-size: %1px; }").arg(px);
+    caption->setStyleSheet(style);
 }
 
 FormBase::FormBase(const QString& name, QWidget* parent) : QWidget(parent, Qt::FramelessWindowHint | Qt::Window)

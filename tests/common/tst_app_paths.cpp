@@ -84,6 +84,8 @@ void AppPathsTest::systemDrive()
     QFETCH(QString, windowsPath);
     QFETCH(QString, inside);
     QCOMPARE(AppPaths::systemDrive(windowsPath), app() + inside);
+    // The same path on the partner station lies under its mounted share.
+    QCOMPARE(AppPaths::partnerShare(QStringLiteral("STATION2"), windowsPath), app() + "/stations/STATION2" + inside);
 }
 
 void AppPathsTest::hidden()
