@@ -25,6 +25,8 @@ inline bool IsCurrentCal = false;
 // Selected scale and its devices
 inline short ScaleNo = 0;
 inline QString ScaleTitle, ScaleTitle2;
+inline QString ScaleCaption;  // caption of the clicked menu entry; names the materials of a scale
+inline QString WriteData;     // data digits of the option write in flight
 inline QString ParamDevice, ParamDeviceAG, OptionDevice, CalZeroDevice, CalSpanDevice, CalWeightDevice, CalBitMask;
 inline QString CalOperation;
 

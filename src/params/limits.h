@@ -2,6 +2,7 @@
 // Ranges and factory defaults of the parameter boxes, in display units (S for the times, Kg for the rest).
 // Kept as text: "2" and "2.0" both show as written, in the hints and in the messages.
 #include <QString>
+#include <QStringList>
 #include <array>
 
 struct Limit {
