@@ -110,6 +110,12 @@ void HideControl(const QString& form, const QString& control)
         w->setVisible(false);
 }
 
+void ShowControl(const QString& form, const QString& control)
+{
+    if (QWidget* w = child(form, control))
+        w->setVisible(true);
+}
+
 QString ControlText(const QString& form, const QString& control)
 {
     QWidget* w = child(form, control);

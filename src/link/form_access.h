@@ -24,6 +24,7 @@ void SetSlot(const QString& form, const QString& slot, const QString& text);
 // Sets a status caption in the given colour and shows it.
 void ShowCaption(const QString& form, const QString& label, const QString& text, QColor color);
 void HideControl(const QString& form, const QString& control);
+void ShowControl(const QString& form, const QString& control);  // as it stands: text and colour kept
 // The text of a form's box or label; empty when the form or the control is missing.
 QString ControlText(const QString& form, const QString& control);
 void SetControlText(const QString& form, const QString& control, const QString& text);

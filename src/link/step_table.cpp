@@ -96,7 +96,8 @@ void calOptionsRead(const QString& p)
 void calModeWritten(const QString&) { caption("YIBiao", "LblTzxxTip", "PLC031", "调校方式已更改!", kGreen); }
 void calModeRetrying() { caption("YIBiao", "LblTzxxTip", "PLC032", "尝试更改调校方式!", kRed); }
 void zeroTrackRead(const QString& p) { SetSlot("YIBiao", "txtTzxxZeroRead", p); }
-void zeroTrackWritten(const QString&) { HideControl("YIBiao", "LblTzxxZeroTip"); }
+// The tip set by the click ("已关闭" or "已开启") stays as the confirmation.
+void zeroTrackWritten(const QString&) { ShowControl("YIBiao", "LblTzxxZeroTip"); }
 void zeroTrackRetrying() { caption("YIBiao", "LblTzxxZeroTip", "PLC033", "尝试更改零位跟踪功能!", kRed); }
 
 // Plant function settings: 75, 24, 99

@@ -1,0 +1,33 @@
+#pragma once
+// The three traces of a successful calibration: the monthly file of values, its hidden copy on the
+// system drive, and the operation list that the record viewer shows. All appended, never edited.
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <array>
+#include <functional>
+
+// The clock of the records; tests set a fixed one. Empty: the system clock.
+inline std::function<QDateTime()> CalClock;
+QDateTime CalNow();
+// Date and time as the records and the calibration arrays hold them: "2026/3/5 14:03:22".
+QString CalTimeText(const QDateTime& t);
+
+// Paths at the moment t: the monthly file, the hidden copy, the operation list.
+QString MonthlyRecordPath(const QDateTime& t);
+QString HiddenRecordPath(const QDateTime& t);
+QString OpRecordPath();
+
+void AppendZeroRecord(int scale);
+void AppendWeightRecord(int scale);
+void AppendOpRecord(const QString& scaleTitle, const QString& time, const QString& operatorName,
+                    const QString& operation, const QString& ad, const QString& weight, const QString& testWeight);
+
+// The operation list as the viewer reads it: items one after another, seven to a row. An empty item is
+// dropped, so a record with an empty field pulls the next record's first field into its row.
+using OpRecordRow = std::array<QString, 7>;
+QList<OpRecordRow> ReadOpRecords(const QString& path);
+// The items of one line as the list-input statement splits them: at commas outside quotes, blanks
+// around an unquoted item trimmed, enclosing quotes removed. An empty line is one empty item.
+QStringList SplitListInput(const QString& line);
