@@ -169,41 +169,49 @@ FormBase::FormBase(const QString& name, QWidget* parent) : QWidget(parent, Qt::F
     setAttribute(Qt::WA_DeleteOnClose, false);
 }
 
+namespace {
+ClickLabel* makePicture(QWidget* parent, const QString& name, const QRect& geometry, ButtonSize size)
+{
+    auto* image = new ClickLabel(parent);
+    image->setObjectName(name);
+    image->setGeometry(geometry);
+    image->setScaledContents(true);
+    image->setPixmap(ButtonPicture(size, false));
+    image->setMouseTracking(true);
+    image->setCursor(Qt::PointingHandCursor);
+    return image;
+}
+
+ClickLabel* makeCaption(QWidget* parent, const QString& name, const QRect& geometry, const QString& text)
+{
+    auto* caption = new ClickLabel(text, parent);
+    caption->setObjectName(name);
+    caption->setGeometry(geometry);
+    caption->setAlignment(Qt::AlignCenter);
+    caption->setMouseTracking(true);
+    caption->setCursor(Qt::PointingHandCursor);
+    caption->raise();
+    return caption;
+}
+}  // namespace
+
 ImageButton FormBase::addImageButton(QWidget* parent, const QString& imageName, const QString& captionName,
                                      const QRect& geometry, ButtonSize size, const QString& text,
                                      std::function<void()> onClick)
 {
-    ImageButton b;
-    b.size = size;
-    b.image = new ClickLabel(parent);
-    b.image->setObjectName(imageName);
-    b.image->setGeometry(geometry);
-    b.image->setScaledContents(true);
-    b.image->setPixmap(ButtonPicture(size, false));
-    b.image->setMouseTracking(true);
-    b.image->setCursor(Qt::PointingHandCursor);
-    b.caption = new ClickLabel(text, parent);
-    b.caption->setObjectName(captionName);
-    b.caption->setGeometry(geometry);
-    b.caption->setAlignment(Qt::AlignCenter);
-    b.caption->setMouseTracking(true);
-    b.caption->setCursor(Qt::PointingHandCursor);
+    ImageButton b = addImage(parent, imageName, geometry, size, onClick);
+    b.caption = makeCaption(parent, captionName, geometry, text);
     // Light pictures take the palette's text colour, so that a form can mark a caption by colour.
     b.caption->setStyleSheet(isLight(size) ? QStringLiteral("font-weight: bold;")
                                            : QStringLiteral("QLabel { color: white; font-weight: bold; } "
                                                             "QLabel:disabled { color: #d0d6de; }"));
-    b.caption->raise();
-    auto bright = [this, b, parent] {
+    connect(b.caption, &ClickLabel::hovered, this, [this, b, parent] {
         resetHover(parent);
         b.setBright(true);
-    };
-    connect(b.image, &ClickLabel::hovered, this, bright);
-    connect(b.caption, &ClickLabel::hovered, this, bright);
-    if (onClick) {
-        connect(b.image, &ClickLabel::clicked, this, onClick);
+    });
+    if (onClick)
         connect(b.caption, &ClickLabel::clicked, this, onClick);
-    }
-    buttons_.append({parent, b});
+    buttons_.last().second = b;
     return b;
 }
 
@@ -212,13 +220,7 @@ ImageButton FormBase::addImage(QWidget* parent, const QString& imageName, const 
 {
     ImageButton b;
     b.size = size;
-    b.image = new ClickLabel(parent);
-    b.image->setObjectName(imageName);
-    b.image->setGeometry(geometry);
-    b.image->setScaledContents(true);
-    b.image->setPixmap(ButtonPicture(size, false));
-    b.image->setMouseTracking(true);
-    b.image->setCursor(Qt::PointingHandCursor);
+    b.image = makePicture(parent, imageName, geometry, size);
     connect(b.image, &ClickLabel::hovered, this, [this, b, parent] {
         resetHover(parent);
         b.setBright(true);
@@ -240,20 +242,13 @@ ImageButton FormBase::addTab(QWidget* parent, const QString& imageName, const QS
 {
     ImageButton b;
     b.size = ButtonSize::Tab;
-    b.image = new ClickLabel(parent);
-    b.image->setObjectName(imageName);
-    b.image->setGeometry(geometry);
-    b.image->setScaledContents(true);
-    b.image->setPixmap(ButtonPicture(ButtonSize::Tab, false));
-    b.image->setCursor(Qt::PointingHandCursor);
-    b.caption = new ClickLabel(text, parent);
-    b.caption->setObjectName(captionName);
-    b.caption->setGeometry(geometry);
-    b.caption->setAlignment(Qt::AlignCenter);
+    b.image = makePicture(parent, imageName, geometry, ButtonSize::Tab);
+    b.caption = makeCaption(parent, captionName, geometry, text);
+    // No hover: the picture shows which tab is selected.
+    b.image->setMouseTracking(false);
+    b.caption->setMouseTracking(false);
     b.caption->setWordWrap(true);
-    b.caption->setCursor(Qt::PointingHandCursor);
     b.caption->setStyleSheet(QStringLiteral("font-weight: bold;"));
-    b.caption->raise();
     if (onClick) {
         connect(b.image, &ClickLabel::clicked, this, onClick);
         connect(b.caption, &ClickLabel::clicked, this, onClick);
