@@ -4,10 +4,8 @@
 #include "common/module1.h"
 #include "link/form_access.h"
 
-#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <functional>
@@ -18,34 +16,33 @@ struct Seen {
     QSize size;
     QPoint pos;
     QRect label, ok, yes, no;
-    bool okShown = false, yesShown = false, noShown = false;
-    QString title, text;
+    bool okShown = false, yesShown = false;
 };
 
-// Shows the box as a caller does and, once it is up, records it and acts on it.
-Seen showAndAct(const std::function<void(MbQuestion*)>& act)
+QPushButton* btn(MbQuestion* box, const QString& n) { return box->findChild<QPushButton*>(n); }
+
+// Shows the box as a caller does and, once it is up, records it and then closes it with `button`
+// (empty: the window's own close).
+Seen showAndAnswer(const QString& text, bool isOk, const QString& button)
 {
+    MbText = text;
+    MbIsOk = isOk;
     Seen seen;
     QTimer poll;
-    poll.setInterval(5);
     QObject::connect(&poll, &QTimer::timeout, [&] {
         MbQuestion* box = MbQuestion::showing();
         if (!box || !box->isVisible())
             return;
         poll.stop();
-        auto* lbl = box->findChild<QLabel*>(QStringLiteral("LblAsk"));
-        auto btn = [&](const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); };
-        seen = {box->size(), box->pos(), lbl->geometry(), btn("CmdMbOK")->geometry(), btn("CmdYes")->geometry(),
-                btn("CmdNo")->geometry(), btn("CmdMbOK")->isVisible(), btn("CmdYes")->isVisible(),
-                btn("CmdNo")->isVisible(), box->windowTitle(), lbl->text()};
-        act(box);
+        seen = {box->size(), box->pos(), box->findChild<QLabel*>(QStringLiteral("LblAsk"))->geometry(),
+                btn(box, "CmdMbOK")->geometry(), btn(box, "CmdYes")->geometry(), btn(box, "CmdNo")->geometry(),
+                btn(box, "CmdMbOK")->isVisible(), btn(box, "CmdYes")->isVisible() && btn(box, "CmdNo")->isVisible()};
+        button.isEmpty() ? void(box->close()) : btn(box, button)->click();
     });
-    poll.start();
+    poll.start(5);
     ShowMbQuestion();
     return seen;
 }
-
-void click(MbQuestion* box, const char* name) { box->findChild<QPushButton*>(QLatin1String(name))->click(); }
 
 }  // namespace
 
@@ -82,34 +79,19 @@ void MbQuestionTest::answers()
     QFETCH(QString, button);
     QFETCH(bool, before);
     QFETCH(bool, result);
-    MbText = QStringLiteral("是否退出秤控台?");
-    MbIsOk = isOk;
     MbResult = before;
-    const Seen s = showAndAct([&](MbQuestion* box) {
-        if (button.isEmpty())
-            box->close();
-        else
-            click(box, qPrintable(button));
-    });
-    QCOMPARE(s.text, MbText);
-    QCOMPARE(s.title, QStringLiteral("提示"));
+    const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), isOk, button);
     QCOMPARE(s.okShown, isOk);
     QCOMPARE(s.yesShown, !isOk);
-    QCOMPARE(s.noShown, !isOk);
     QCOMPARE(MbResult, result);
     QVERIFY(!MbQuestion::showing());
 }
 
 void MbQuestionTest::sizeFollowsTheText()
 {
-    MbIsOk = false;
-    MbText = QStringLiteral("密码错误!");
-    const Seen small = showAndAct([](MbQuestion* b) { click(b, "CmdYes"); });
-    MbText = QStringLiteral("参数更改后未设定，是否返回?参数更改后未设定，是否返回?参数更改后未设定，是否返回?");
-    const Seen wide = showAndAct([](MbQuestion* b) { click(b, "CmdYes"); });
-    MbText = QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；");
-    const Seen tall = showAndAct([](MbQuestion* b) { click(b, "CmdYes"); });
-
+    const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
+    const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
+    const Seen tall = showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
     QVERIFY(wide.size.width() > small.size.width());
     QVERIFY(tall.size.height() > small.size.height());
     for (const Seen& s : {wide, tall}) {
@@ -126,25 +108,11 @@ void MbQuestionTest::sizeFollowsTheText()
 void MbQuestionTest::placedBelowTheCalibrationValues()
 {
     Forms::registerForm(QStringLiteral("YIBiao"), [] { return new QWidget; });
-    QWidget* cal = Forms::load(QStringLiteral("YIBiao"));
-    cal->move(120, 90);
-    MbText = QStringLiteral("标定成功!");
-    MbIsOk = true;
+    Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
     CurrentForm = QStringLiteral("YIBiao");
-    const Seen beside = showAndAct([](MbQuestion* b) { click(b, "CmdMbOK"); });
-    QCOMPARE(beside.pos, QPoint(120, 90 + 180));
-
-    CurrentForm = QStringLiteral("Cansd");
-    const Seen centred = showAndAct([](MbQuestion* b) { click(b, "CmdMbOK"); });
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    QCOMPARE(centred.pos, QPoint((screen.width() - centred.size.width()) / 2, (screen.height() - centred.size.height()) / 2));
+    QCOMPARE(showAndAnswer(QStringLiteral("标定成功!"), true, QStringLiteral("CmdMbOK")).pos, QPoint(120, 90 + 180));
 }
 
-int main(int argc, char** argv)
-{
-    QApplication app(argc, argv);
-    MbQuestionTest t;
-    return QTest::qExec(&t, argc, argv);
-}
+QTEST_MAIN(MbQuestionTest)
 
 #include "mb_question_test.moc"
