@@ -57,6 +57,7 @@ QByteArray PtyLinkTest::command(const QByteArray& line)
 
 void PtyLinkTest::initTestCase()
 {
+    RegisterForms();
     h = new ConsoleHarness;
     SetPortFactory({});  // the real serial port, by the mapping of the application folder
     sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -164,13 +165,5 @@ void PtyLinkTest::cutLineEndsInTheFaultDialog()
     QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
 }
 
-int main(int argc, char** argv)
-{
-    QApplication app(argc, argv);
-    InstallAppLook(app);
-    RegisterForms();
-    PtyLinkTest t;
-    return QTest::qExec(&t, argc, argv);
-}
-
+QTEST_MAIN(PtyLinkTest)
 #include "pty_link_test.moc"

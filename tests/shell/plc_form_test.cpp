@@ -64,6 +64,7 @@ bool menuShown(PLC* f)
 class PlcFormTest : public QObject {
     Q_OBJECT
 private slots:
+    void initTestCase() { RegisterForms(); }
     void init()
     {
         h = new ConsoleHarness;
@@ -340,13 +341,5 @@ void PlcFormTest::secondInstanceEnds()
     QVERIFY(Forms::get<PLC>(QStringLiteral("PLC"))->load());
 }
 
-int main(int argc, char** argv)
-{
-    QApplication app(argc, argv);
-    InstallAppLook(app);
-    RegisterForms();
-    PlcFormTest t;
-    return QTest::qExec(&t, argc, argv);
-}
-
+QTEST_MAIN(PlcFormTest)
 #include "plc_form_test.moc"
