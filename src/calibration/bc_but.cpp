@@ -25,20 +25,6 @@ constexpr const char* kDesignCaptions[14] = {"骨料1秤", "骨料2秤", "骨料
 constexpr int kFormWidth = 800, kFormHeight = 560;
 const QColor kChosenScale(192, 0, 0);
 
-QString name(const char* base, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(base)).arg(i); }
-
-QFrame* panel(QWidget* parent, const QString& objectName, const QRect& geometry)
-{
-    auto* f = new QFrame(parent);
-    f->setObjectName(objectName);
-    f->setGeometry(geometry);
-    QString selector = objectName;
-    selector.replace(QLatin1Char('('), QLatin1String("\\(")).replace(QLatin1Char(')'), QLatin1String("\\)"));
-    f->setStyleSheet(QStringLiteral("QFrame#%1 { background: white; border: 1px solid #9fb3cc; border-radius: 8px; }")
-                         .arg(selector));
-    return f;
-}
-
 void setTextColor(QLabel* l, const QColor& c)
 {
     QPalette p = l->palette();
@@ -96,7 +82,7 @@ QString BcBut::text(const char* key, const char* deflt) const
 
 void BcBut::buildGate()
 {
-    picCom = panel(this, QStringLiteral("picCom"), {120, 162, 560, 236});
+    picCom = addPanel(this, QStringLiteral("picCom"), {120, 162, 560, 236});
     addHoverSurface(picCom);
     lblPassTitle = addLabel(QStringLiteral("lblPassTitle"), QString(), {0, 20, 560, 32}, picCom);
     lblPassTitle->setAlignment(Qt::AlignCenter);
@@ -121,16 +107,17 @@ void BcBut::buildMenu()
     PicBiaoC->setGeometry(20, 60, 620, 440);
     addHoverSurface(PicBiaoC);
     for (int i = 0; i < 3; ++i)
-        ImgBdTap[size_t(i)] = addTab(PicBiaoC, name("ImgBdTap", i), name("LblBdTap", i), {126 * i, 0, 120, 34},
-                                     QString(), [this, i] { tabClicked(i); });
+        ImgBdTap[size_t(i)] = addTab(PicBiaoC, IndexedName("ImgBdTap", i), IndexedName("LblBdTap", i),
+                                     {126 * i, 0, 120, 34}, QString(), [this, i] { tabClicked(i); });
     for (int i = 0; i < 3; ++i) {
-        PicBcBut[size_t(i)] = panel(PicBiaoC, name("PicBcBut", i), {0, 40, 620, 350});
+        PicBcBut[size_t(i)] = addPanel(PicBiaoC, IndexedName("PicBcBut", i), {0, 40, 620, 350});
         addHoverSurface(PicBcBut[size_t(i)]);
     }
     for (int i = 0; i < 14; ++i) {
         const QRect at(22 + 148 * (i % 4), 26 + 78 * (i / 4), 124, 44);
-        ImgBd[size_t(i)] = addImageButton(PicBcBut[0], name("ImgBd", i), name("LblBd", i), at, ButtonSize::Scale,
-                                          QString::fromUtf8(kDesignCaptions[i]), [this, i] { scaleClicked(i); });
+        ImgBd[size_t(i)] =
+            addImageButton(PicBcBut[0], IndexedName("ImgBd", i), IndexedName("LblBd", i), at, ButtonSize::Scale,
+                           QString::fromUtf8(kDesignCaptions[i]), [this, i] { scaleClicked(i); });
     }
     ImageCNameIni = addImageButton(PicBcBut[1], QStringLiteral("ImageCNameIni"), QStringLiteral("LblCNameIni"),
                                    {440, 300, 160, 36}, ButtonSize::Small, QString(), {});

@@ -26,20 +26,6 @@ constexpr int kFormWidth = 660;
 constexpr int kPageTop = 100;
 constexpr QSize kPageSize(640, 330);
 
-QString name(const char* base, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(base)).arg(i); }
-
-QFrame* page(QWidget* parent, const QString& objectName, const QRect& geometry)
-{
-    auto* f = new QFrame(parent);
-    f->setObjectName(objectName);
-    f->setGeometry(geometry);
-    QString id = objectName;
-    id.replace(QLatin1Char('('), QLatin1String("\\(")).replace(QLatin1Char(')'), QLatin1String("\\)"));
-    f->setStyleSheet(QStringLiteral("QFrame#%1 { background: white; border: 1px solid #9fb3cc; border-radius: 8px; }")
-                         .arg(id));
-    return f;
-}
-
 // Our own artwork: the hopper empty, the hopper with a test weight, and a meter for the current variant.
 enum class Art { Empty, Loaded, Meter };
 QPixmap artwork(Art art)
@@ -202,11 +188,11 @@ void CalibrationForm::buildForm()
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
 
     for (int i = 0; i < 3; ++i)
-        ImgBd << addTab(this, name("ImgBd", i), name("LblBd", i), {20 + 126 * i, 56, 120, 34}, QString(),
+        ImgBd << addTab(this, IndexedName("ImgBd", i), IndexedName("LblBd", i), {20 + 126 * i, 56, 120, 34}, QString(),
                         [this, i] { tabClicked(i); });
 
     for (int i = 0; i < 2; ++i) {
-        PicYiBiao[i] = page(this, name("PicYiBiao", i), QRect(QPoint(10, kPageTop), kPageSize));
+        PicYiBiao[i] = addPanel(this, IndexedName("PicYiBiao", i), QRect(QPoint(10, kPageTop), kPageSize));
         addHoverSurface(PicYiBiao[i]);
     }
     QWidget* p = PicYiBiao[1];
@@ -217,7 +203,7 @@ void CalibrationForm::buildForm()
     ImageWeight->hide();
 
     for (int i = 0; i < 2; ++i) {
-        LblCansd[i] = addLabel(name("LblCansd", i), QString(), {180, 24 + 46 * i, 140, 28}, p);
+        LblCansd[i] = addLabel(IndexedName("LblCansd", i), QString(), {180, 24 + 46 * i, 140, 28}, p);
         LblCansd[i]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     }
     LbLADv = valueBox(p, QStringLiteral("LbLADv"), {330, 20, 150, 36});
@@ -593,7 +579,7 @@ void YIBiao::buildOptionPage()
     QWidget* p = PicYiBiao[0];
     auto group = [p](int i, const QRect& r) {
         auto* f = new QFrame(p);
-        f->setObjectName(name("FraTzfs", i));
+        f->setObjectName(IndexedName("FraTzfs", i));
         f->setGeometry(r);
         f->setStyleSheet(QStringLiteral("QFrame#FraTzfs\\(%1\\) { border: 1px solid #c5d3e6; border-radius: 6px; }").arg(i));
         return f;
@@ -602,22 +588,22 @@ void YIBiao::buildOptionPage()
     QFrame* track = group(1, {20, 146, 600, 166});
     for (int i = 0; i < 2; ++i) {
         Check1[i] = new QCheckBox(mode);
-        Check1[i]->setObjectName(name("Check1", 10 + i));
+        Check1[i]->setObjectName(IndexedName("Check1", 10 + i));
         Check1[i]->setGeometry(24 + 170 * i, 16, 160, 30);
         connect(Check1[i], &QCheckBox::clicked, this, [this, i](bool on) { modeClicked(i, on); });
         Check2[i] = new QCheckBox(track);
-        Check2[i]->setObjectName(name("Check2", i));
+        Check2[i]->setObjectName(IndexedName("Check2", i));
         Check2[i]->setGeometry(24 + 170 * i, 16, 160, 30);
         connect(Check2[i], &QCheckBox::clicked, this, [this, i](bool on) { trackClicked(i, on); });
     }
     txtTip = addHelpTip(QStringLiteral("txtTip"), {80, 33, 500, 150});
-    ImgHelp[0] = addImage(mode, name("ImgHelp", 0), {380, 17, 28, 28}, ButtonSize::HelpIcon, [this] {
+    ImgHelp[0] = addImage(mode, IndexedName("ImgHelp", 0), {380, 17, 28, 28}, ButtonSize::HelpIcon, [this] {
         showHelp(txtTip, text("YIBIAO034", "校验方式：零位调校和分度调校时系统根据所输入的传感器配置和实测的信号值进行校验，"
                                            "如果不在规定的范围内则不允许进行调校并进行提示。") +
                              QLatin1Char('\n') +
                              text("YIBIAO035", "普通方式：采用普通调校方式进行调校系统不进行信号的比较和校验。[关闭]"));
     });
-    ImgHelp[1] = addImage(track, name("ImgHelp", 1), {380, 17, 28, 28}, ButtonSize::HelpIcon, [this] {
+    ImgHelp[1] = addImage(track, IndexedName("ImgHelp", 1), {380, 17, 28, 28}, ButtonSize::HelpIcon, [this] {
         showHelp(txtTip,
                  text("YIBIAO028", "说明：开启时，重量显示值在5个分度值内将被跟踪到零，此功能一经设定将对所有电子秤起作用。") +
                      QLatin1Char('\n') +

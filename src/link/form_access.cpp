@@ -134,3 +134,5 @@ void SetControlText(const QString& form, const QString& control, const QString& 
     else if (auto* l = qobject_cast<QLabel*>(w))
         l->setText(text);
 }
+
+QString IndexedName(const char* base, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(base)).arg(i); }

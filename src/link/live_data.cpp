@@ -16,8 +16,6 @@ short decimalsOf(int scale)
     return ScaleDecimals[scale];
 }
 
-QString box(const char* name, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i); }
-
 // Writes a value into a form's box and, on the first load, keeps what the box shows as the base copy.
 template <size_t N>
 void spread(const QString& form, const QString& control, const QString& text, std::array<double, N>& base,
@@ -62,7 +60,7 @@ void ShowCansdValues()
             text = Format(v / 10, QStringLiteral("#0"));
         else
             text = WeightText(v, d);
-        spread(QStringLiteral("Cansd"), box("TxtDCansd", i), text, CansdBaseline, i, first);
+        spread(QStringLiteral("Cansd"), IndexedName("TxtDCansd", i), text, CansdBaseline, i, first);
     }
     BaselineTaken = true;
 }
@@ -80,7 +78,7 @@ void ShowCansdAGBlock()
             text = Format(v / 10, QStringLiteral("#0.0"));
         else
             text = WeightText(v, d);
-        spread(QStringLiteral("CansdAG"), box("TxtDCansd", i), text, CansdBaseline, i, first);
+        spread(QStringLiteral("CansdAG"), IndexedName("TxtDCansd", i), text, CansdBaseline, i, first);
     }
     BaselineTaken = true;
 }
@@ -90,7 +88,7 @@ void ShowZDTimeBlock()
     const bool first = !ZDTimeLoaded;
     for (int i = 0; i <= 27; ++i) {
         const QString text = Format(Val(Link().TxtDCansd.at(i)) / 10, QStringLiteral("#0"));
-        spread(QStringLiteral("ZDTime"), box("TxtDCansd", i), text, ZDTimeBaseline, i, first);
+        spread(QStringLiteral("ZDTime"), IndexedName("TxtDCansd", i), text, ZDTimeBaseline, i, first);
     }
     ZDTimeLoaded = true;
 }
@@ -99,8 +97,9 @@ void ShowSensorBlock()
 {
     const bool first = !SensorLoaded;
     for (int i = 0; i <= 13; ++i) {
-        const double v = Val(ControlText(QStringLiteral("Sensor"), box("TxtDCansdMulTen", i)));
-        spread(QStringLiteral("Sensor"), box("TxtDCansd", i), WeightText(v, decimalsOf(i)), SensorBaseline, i, first);
+        const double v = Val(ControlText(QStringLiteral("Sensor"), IndexedName("TxtDCansdMulTen", i)));
+        spread(QStringLiteral("Sensor"), IndexedName("TxtDCansd", i), WeightText(v, decimalsOf(i)), SensorBaseline, i,
+               first);
     }
     SensorLoaded = true;
 }

@@ -53,8 +53,7 @@ template <size_t N> void wordsInto(std::array<QString, N>& boxes, const QString&
 void wordsIntoControls(const char* form, const char* name, const QString& payload, int count)
 {
     for (int i = 1; i <= count; ++i) {
-        SetControlText(QLatin1String(form), QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i - 1),
-                       NumText(GetWordFromPayload(i, payload)));
+        SetControlText(QLatin1String(form), IndexedName(name, i - 1), NumText(GetWordFromPayload(i, payload)));
         QCoreApplication::processEvents();
     }
 }

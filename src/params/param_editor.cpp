@@ -49,8 +49,6 @@ constexpr OptionRow kOptionRows[] = {
     {7, nullptr, "S507调整方式", nullptr, "S507 ON", nullptr, "S507 OFF", -1, -1},
 };
 
-QString name(const char* base, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(base)).arg(i); }
-
 int hexNibble(const QString& t, bool first)
 {
     if (t.isEmpty())
@@ -82,13 +80,15 @@ ParamEditor::ParamEditor(const QString& formName, int boxCount, int rows, const 
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
     addHoverSurface(this);
 
-    for (int i = 0; i < 2; ++i)
-        tabs_ << addTab(this, name("ImgBd", i), name("LblBd", i), {20 + 126 * i, 60, 120, 34}, QString(), [this, i] {
+    for (int i = 0; i < 2; ++i) {
+        auto open = [this, i] {
             LbLCssdS->hide();
             LblTzxxTip->hide();
             lblCheckTip->hide();
             SelectPage(i);
-        });
+        };
+        tabs_ << addTab(this, IndexedName("ImgBd", i), IndexedName("LblBd", i), {20 + 126 * i, 60, 120, 34}, QString(), open);
+    }
 
     for (int k = 0; k < boxCount; ++k) {
         TxtDCansd << nullptr;
@@ -107,25 +107,20 @@ void ParamEditor::buildPages(int rows)
     rowStep_ = rows > 8 ? 32 : 40;
     const int pageHeight = kRowTop + rows * rowStep_ + 56;
     for (int i = 0; i < 2; ++i) {
-        auto* page = new QFrame(this);
-        page->setObjectName(name("picCansd", i));
-        page->setGeometry(10, kPageTop, kPageWidth, pageHeight);
-        page->setStyleSheet(QStringLiteral("QFrame#picCansd\\(%1\\) { background: white; border: 1px solid #9fb3cc; "
-                                           "border-radius: 8px; }")
-                                .arg(i));
+        auto* page = addPanel(this, IndexedName("picCansd", i), {10, kPageTop, kPageWidth, pageHeight});
         picCansd[i] = page;
         addHoverSurface(page);
     }
     QWidget* page = picCansd[0];
     for (int c = 0; c < 2; ++c) {
-        LblSubTitle[c] = addLabel(name("LblSubTitle", c), QString(), {16 + kColumnWidth * c, 10, 380, 28}, page);
+        LblSubTitle[c] = addLabel(IndexedName("LblSubTitle", c), QString(), {16 + kColumnWidth * c, 10, 380, 28}, page);
         LblSubTitle[c]->setStyleSheet(QStringLiteral("font-weight: bold; color: #17407a;"));
     }
     for (int k = 0; k < TxtDCansd.size(); ++k) {
-        LblCansd[k] = addLabel(name("LblCansd", k), QString(), {}, page);
+        LblCansd[k] = addLabel(IndexedName("LblCansd", k), QString(), {}, page);
         LblCansd[k]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         auto* box = new QLineEdit(page);
-        box->setObjectName(name("TxtDCansd", k));
+        box->setObjectName(IndexedName("TxtDCansd", k));
         box->setAlignment(Qt::AlignRight);
         box->installEventFilter(this);
         connect(box, &QLineEdit::textChanged, this, [box](const QString& t) {
@@ -134,8 +129,8 @@ void ParamEditor::buildPages(int rows)
                 box->setText(QLatin1Char('0') + t);
         });
         TxtDCansd[k] = box;
-        Label8[k] = addLabel(name("Label8", k), QString(), {}, page);
-        lblOutRank[k] = addLabel(name("lblOutRank", k), QStringLiteral("!"), {}, page);
+        Label8[k] = addLabel(IndexedName("Label8", k), QString(), {}, page);
+        lblOutRank[k] = addLabel(IndexedName("lblOutRank", k), QStringLiteral("!"), {}, page);
         lblOutRank[k]->setStyleSheet(QStringLiteral("color: red; font-weight: bold; font-size: 18px;"));
         lblOutRank[k]->hide();
     }
@@ -194,18 +189,18 @@ void ParamEditor::buildOptionPage()
         const int x = r.line < 0 ? kPageWidth + 60 : 20;
         const int y = r.line < 0 ? 20 + 52 * (r.bit == 5 ? 0 : 1) : 20 + 54 * r.line;
         auto* frame = new QFrame(page);
-        frame->setObjectName(name("FraTzfs", r.bit));
+        frame->setObjectName(IndexedName("FraTzfs", r.bit));
         frame->setGeometry(x, y, 780, 46);
         frame->setStyleSheet(QStringLiteral("QFrame#FraTzfs\\(%1\\) { border: 1px solid #c5d3e6; border-radius: 6px; }")
                                  .arg(r.bit));
         FraTzfs << frame;
-        auto* head = addLabel(name("LblTzfs", r.bit), QString(), {12, 9, 280, 28}, frame);
+        auto* head = addLabel(IndexedName("LblTzfs", r.bit), QString(), {12, 9, 280, 28}, frame);
         head->setStyleSheet(QStringLiteral("font-weight: bold;"));
         LblTzfs << head;
         for (int side = 0; side < 2; ++side) {
             const int i = 2 * r.bit + side;
             auto* box = new QCheckBox(frame);
-            box->setObjectName(name("Check1", i));
+            box->setObjectName(IndexedName("Check1", i));
             box->setGeometry(300 + 170 * side, 9, 165, 28);
             // A box set by the program runs this too, as the design's click does; the armed flag keeps
             // those runs quiet.
@@ -213,7 +208,7 @@ void ParamEditor::buildOptionPage()
             Check1[i] = box;
         }
         if (r.help >= 0)
-            ImgHelp[r.help] = addImage(frame, name("ImgHelp", r.help), {660, 9, 28, 28}, ButtonSize::HelpIcon,
+            ImgHelp[r.help] = addImage(frame, IndexedName("ImgHelp", r.help), {660, 9, 28, 28}, ButtonSize::HelpIcon,
                                        [this, h = r.help] { optionHelp(h); });
     }
     ImgHelp[3].image->hide();
@@ -265,7 +260,7 @@ void ParamEditor::loadOptionCaptions()
                 return ComText(QLatin1String(key), QString::fromUtf8(deflt));
             return text(key, deflt);
         };
-        findChild<QLabel*>(name("LblTzfs", r.bit))->setText(pick(r.headKey, r.head));
+        findChild<QLabel*>(IndexedName("LblTzfs", r.bit))->setText(pick(r.headKey, r.head));
         Check1[2 * r.bit]->setText(pick(r.onKey, r.on));
         Check1[2 * r.bit + 1]->setText(pick(r.offKey, r.off));
     }

@@ -317,6 +317,19 @@ void FormBase::addHoverSurface(QWidget* surface)
     surfaces_.append(surface);
 }
 
+QFrame* FormBase::addPanel(QWidget* parent, const QString& name, const QRect& geometry, int radius)
+{
+    auto* f = new QFrame(parent);
+    f->setObjectName(name);
+    f->setGeometry(geometry);
+    QString id = name;
+    id.replace(QLatin1Char('('), QLatin1String("\\(")).replace(QLatin1Char(')'), QLatin1String("\\)"));
+    f->setStyleSheet(QStringLiteral("QFrame#%1 { background: white; border: 1px solid #9fb3cc; border-radius: %2px; }")
+                         .arg(id)
+                         .arg(radius));
+    return f;
+}
+
 QLabel* FormBase::addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent)
 {
     auto* l = new QLabel(text, parent ? parent : this);

@@ -1,6 +1,7 @@
 #pragma once
 // What every form shares: a frameless window dragged by its surface, image buttons whose caption label
 // forwards the click and whose picture brightens under the mouse, the exit question, the current-form name.
+#include <QFrame>
 #include <QLabel>
 #include <QList>
 #include <QPixmap>
@@ -64,6 +65,8 @@ public:
     static void showHelp(QLabel* tip, const QString& text);
     // Moving the mouse over this surface sets all its buttons back to the plain picture.
     void addHoverSurface(QWidget* surface);
+    // A white panel with a rounded border: the pages, frames and panels the controls sit on.
+    static QFrame* addPanel(QWidget* parent, const QString& name, const QRect& geometry, int radius = 8);
     // A label with the design's name; parent defaults to the form.
     QLabel* addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent = nullptr);
     // The shared exit question; on Yes the program ends through the main form's exit path.

@@ -42,12 +42,7 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
 
     // The three menu frames, hidden until login.
     for (int i = 0; i < 3; ++i) {
-        auto* f = new QFrame(this);
-        f->setObjectName(QStringLiteral("FraCeng(%1)").arg(i));
-        f->setGeometry(40, 70 + i * 140, 720, 126);
-        f->setFrameShape(QFrame::StyledPanel);
-        f->setStyleSheet(QStringLiteral("QFrame#FraCeng\\(%1\\) { background: white; border: 1px solid #9fb3cc; "
-                                        "border-radius: 8px; }").arg(i));
+        auto* f = addPanel(this, IndexedName("FraCeng", i), {40, 70 + i * 140, 720, 126});
         FraCeng[i] = f;
         Image1[i] = addImageButton(f, QStringLiteral("Image1(%1)").arg(i), QStringLiteral("LblSel(%1)").arg(i),
                                    {20, 40, 150, 46}, ButtonSize::Large, QString(), [this, i] { openMenu(i); });
@@ -66,10 +61,7 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
     addHoverSurface(this);
 
     // The login panel.
-    picCom = new QFrame(this);
-    picCom->setObjectName(QStringLiteral("picCom"));
-    picCom->setGeometry(200, 110, 400, 300);
-    picCom->setStyleSheet(QStringLiteral("QFrame#picCom { background: white; border: 1px solid #9fb3cc; border-radius: 10px; }"));
+    picCom = addPanel(this, QStringLiteral("picCom"), {200, 110, 400, 300}, 10);
     lblFormTitlePass = addLabel(QStringLiteral("lblFormTitlePass"), QString(), {0, 16, 400, 32}, picCom);
     lblFormTitlePass->setAlignment(Qt::AlignCenter);
     lblFormTitlePass->setStyleSheet(QStringLiteral("font-size: 18px; font-weight: bold; color: #17407a;"));

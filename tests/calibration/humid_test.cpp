@@ -13,20 +13,16 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
-#include <numeric>
 
 using plcsim::Outcome;
 
 namespace {
-QString frame(const QString& body)
-{
-    const int sum = std::accumulate(body.begin(), body.end(), 3, [](int s, QChar c) { return s + c.unicode(); });
-    return QChar(2) + body + QChar(3) + QStringLiteral("%1").arg(sum & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
-}
-QString wr(const char* at, const char* data) { return frame(QStringLiteral("1%1%2%3").arg(at, "02", data)); }
-const QString kTail = frame(QStringLiteral("0007C02")) + frame(QStringLiteral("0101640"));  // status, live
+const QString kTail = Frame(QStringLiteral("0007C02")) + Frame(QStringLiteral("0101640"));  // status, live
 // The pulse, its clear, the status read and the live values that follow.
-QString pulse(const char* address, const char* bits) { return wr(address, bits) + wr(address, "0000") + kTail; }
+QString pulse(const char* address, const char* bits)
+{
+    return WriteFrame(address, bits) + WriteFrame(address, "0000") + kTail;
+}
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
 }  // namespace
 
@@ -46,9 +42,10 @@ void HumidTest::moistureGoesToItsOwnForm_data()
     QTest::addColumn<QString>("frames");
     // The probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
     QTest::newRow("dry, probe 4") << 4 << false << int(Outcome::Success) << pulse("0017", "2000");
-    QTest::newRow("wet, probe 4") << 4 << true << int(Outcome::Success) << wr("103A", "7D00") + pulse("0017", "4000");
-    QTest::newRow("wet, probe 5, refused") << 5 << true << int(Outcome::Refuse)
-                                           << wr("103C", "7D00") + pulse("0018", "0100");
+    QTest::newRow("wet, probe 4") << 4 << true << int(Outcome::Success)
+                                  << WriteFrame("103A", "7D00") + pulse("0017", "4000");
+    QTest::newRow("wet, probe 5, refused")
+        << 5 << true << int(Outcome::Refuse) << WriteFrame("103C", "7D00") + pulse("0018", "0100");
     QTest::newRow("dry, probe 5, unanswered") << 5 << false << int(Outcome::NoAnswer) << pulse("0017", "8000");
 }
 

@@ -16,32 +16,14 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
-#include <numeric>
 
 using plcsim::Outcome;
 
 namespace {
-// Frames written out by hand: body between STX and ETX, then the low byte of the sum from body to ETX.
-QString frame(const QString& body)
-{
-    const int sum = std::accumulate(body.begin(), body.end(), 3, [](int s, QChar c) { return s + c.unicode(); });
-    return QChar(2) + body + QChar(3) + QStringLiteral("%1").arg(sum & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
-}
-QString wr(const char* at, const char* data) { return frame(QStringLiteral("1%1%2%3").arg(at, "02", data)); }
-const QString kLiveRead = frame(QStringLiteral("0101640"));
-const QString kStatusRead = frame(QStringLiteral("0007C02"));
+const QString kLiveRead = Frame(QStringLiteral("0101640"));
+const QString kStatusRead = Frame(QStringLiteral("0007C02"));
 const QString kSep(52, QLatin1Char('#'));
 
-QByteArray fileBytes(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-// Expected file text: lines joined with CRLF, in the stations' code page.
-QByteArray gbLines(const QStringList& lines)
-{
-    return lines.isEmpty() ? QByteArray() : TextFile::encode(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
-}
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
 }  // namespace
 
@@ -129,29 +111,40 @@ void YIBiaoTest::calibrationAgainstTheController_data()
     const QString n = QStringLiteral("一号秤");
     QTest::newRow("zero, scale 0, taken")
         << 0 << false << int(Outcome::Success)
-        << QStringList{wr("0016", "2000"), wr("0016", "0000"), kStatusRead, kLiveRead}
+        << QStringList{WriteFrame("0016", "2000"), WriteFrame("0016", "0000"), kStatusRead, kLiveRead}
         << "零位调校完成，请再进行实际验秤!" << true << false
-        << QStringList{n + "BiaoZeroTime=2026/3/5 14:03:22", n + "BiaoZeroADValue=3000", n + "BiaoZeroWTValue=100.0", kSep}
+        << QStringList{n + "BiaoZeroTime=2026/3/5 14:03:22", n + "BiaoZeroADValue=3000", n + "BiaoZeroWTValue=100.0",
+                       kSep}
         << QStringList{"CengIndex=1", n + "BiaoZeroTime=2026/3/5 14:03:22", n + "BiaoZeroADValue=3000",
                        n + "BiaoZeroWTValue=100.0", kSep}
         << QStringList{n, "2026/3/5 14:03:22", "张工", "标零", "3000", "100.0", "1500.5", ""};
     QTest::newRow("span, scale 0, taken")
         << 0 << true << int(Outcome::Success)
-        << QStringList{wr("1056", "9D3A"), wr("0016", "4000"), wr("0016", "0000"), kStatusRead, kLiveRead}
+        << QStringList{WriteFrame("1056", "9D3A"), WriteFrame("0016", "4000"), WriteFrame("0016", "0000"), kStatusRead,
+                       kLiveRead}
         << "分度调校完成，请再进行实际验秤!" << true << false
-        << QStringList{"CengIndex=1", n + "BiaoWeightTime=2026/3/5 14:03:22", n + "BiaoWeightADValue=3000",
-                       n + "BiaoWeightWTValue=100.0", n + "BiaoWeightFMValue=1500.5", kSep}
-        << QStringList{"CengIndex=1", n + "BiaoWeightTime=2026/3/5 14:03:22", n + "BiaoWeightADValue=3000",
-                       n + "BiaoWeightWTValue=100.0", n + "BiaoWeightFMValue=1500.5", kSep}
+        << QStringList{"CengIndex=1",
+                       n + "BiaoWeightTime=2026/3/5 14:03:22",
+                       n + "BiaoWeightADValue=3000",
+                       n + "BiaoWeightWTValue=100.0",
+                       n + "BiaoWeightFMValue=1500.5",
+                       kSep}
+        << QStringList{"CengIndex=1",
+                       n + "BiaoWeightTime=2026/3/5 14:03:22",
+                       n + "BiaoWeightADValue=3000",
+                       n + "BiaoWeightWTValue=100.0",
+                       n + "BiaoWeightFMValue=1500.5",
+                       kSep}
         << QStringList{n, "2026/3/5 14:03:22", "张工", "标重", "3000", "100.0", "1500.5", ""};
     // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
     QTest::newRow("zero, scale 6, refused")
         << 6 << false << int(Outcome::Refuse)
-        << QStringList{wr("0019", "2000"), wr("0019", "0000"), kStatusRead, kLiveRead}
+        << QStringList{WriteFrame("0019", "2000"), WriteFrame("0019", "0000"), kStatusRead, kLiveRead}
         << "零位调校失败，请重新调校!" << false << true << QStringList() << QStringList() << QStringList();
     QTest::newRow("span, scale 10, unanswered")
         << 10 << true << int(Outcome::NoAnswer)
-        << QStringList{wr("106A", "9D3A"), wr("001A", "0100"), wr("001A", "0000"), kStatusRead, kLiveRead}
+        << QStringList{WriteFrame("106A", "9D3A"), WriteFrame("001A", "0100"), WriteFrame("001A", "0000"), kStatusRead,
+                       kLiveRead}
         << "分度调校出错，请重新调校!" << false << true << QStringList() << QStringList() << QStringList();
 }
 
@@ -200,9 +193,9 @@ void YIBiaoTest::calibrationAgainstTheController()
     QVERIFY(line->isVisible() || !f->isVisible());
     QCOMPARE(Link().Timer1.isActive(), pollingAfter);
 
-    QCOMPARE(fileBytes(monthly()), gbLines(monthlyLines));
-    QCOMPARE(fileBytes(hidden()), gbLines(hiddenLines));
-    QCOMPARE(fileBytes(dataPath(QStringLiteral("BiaoCeng.txt"))), gbLines(opLines));
+    QCOMPARE(rawBytes(monthly()), GbLines(monthlyLines));
+    QCOMPARE(rawBytes(hidden()), GbLines(hiddenLines));
+    QCOMPARE(rawBytes(dataPath(QStringLiteral("BiaoCeng.txt"))), GbLines(opLines));
     if (!hiddenLines.isEmpty())
         QVERIFY(AppPaths::isHidden(h->path(QStringLiteral("drive_c/Program Files/MswSpool"))));
 }
@@ -275,12 +268,16 @@ void YIBiaoTest::optionSwitches_data()
     QTest::addColumn<QString>("frame");
     QTest::addColumn<QString>("tip");  // after the acknowledgement
     // S500.. word read as "2112": S496 and S508 are foreign bits; S501 and S505 are on.
-    QTest::newRow("verified mode ticked") << "Check1(11)" << "Check1(10)" << wr("003E", "2110") << "调校方式已更改!";
-    QTest::newRow("plain mode cleared") << "Check1(10)" << "Check1(11)" << wr("003E", "2110") << "调校方式已更改!";
+    QTest::newRow("verified mode ticked") << "Check1(11)"
+                                          << "Check1(10)" << WriteFrame("003E", "2110") << "调校方式已更改!";
+    QTest::newRow("plain mode cleared") << "Check1(10)"
+                                        << "Check1(11)" << WriteFrame("003E", "2110") << "调校方式已更改!";
     // S612.. word read as "1100": S608 foreign, S612 on (tracking off).
     // Only the "off" box words the tip; after the other the tip shows as designed.
-    QTest::newRow("tracking on ticked") << "Check2(1)" << "Check2(0)" << wr("004C", "0100") << "零位跟踪功能已更改！";
-    QTest::newRow("tracking off cleared") << "Check2(0)" << "Check2(1)" << wr("004C", "0100") << "零位跟踪功能已开启！";
+    QTest::newRow("tracking on ticked") << "Check2(1)"
+                                        << "Check2(0)" << WriteFrame("004C", "0100") << "零位跟踪功能已更改！";
+    QTest::newRow("tracking off cleared") << "Check2(0)"
+                                          << "Check2(1)" << WriteFrame("004C", "0100") << "零位跟踪功能已开启！";
 }
 
 void YIBiaoTest::optionSwitches()

@@ -1,5 +1,7 @@
 #pragma once
 // Small helpers of the tests of src/common: raw files, fixtures, and a folder that is really read-only.
+#include "test_support.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -8,13 +10,6 @@
 
 #include <sys/fsuid.h>
 #include <unistd.h>
-
-inline QByteArray rawBytes(const QString& path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return QByteArray();
-    return f.readAll();
-}
 
 inline bool putBytes(const QString& path, const QByteArray& bytes)
 {

@@ -1,4 +1,3 @@
-#include "param_test_util.h"
 #include "test_support.h"
 
 #include "common/module1.h"

@@ -5,12 +5,14 @@
 #include "common/error_log.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
+#include "common/text_file.h"
 #include "link/form_access.h"
 #include "link/link_engine.h"
 #include "plcsim/sim_port.h"
 #include "shell/single_instance.h"
 
 #include <QAbstractButton>
+#include <QFile>
 #include <QLabel>
 #include <QTest>
 
@@ -115,3 +117,40 @@ void MbAnswerer::poll()
 QColor TextColor(QWidget* label) { return label->palette().color(QPalette::WindowText); }
 
 void ClickOn(QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, w->rect().center()); }
+
+QString Frame(const QString& body)
+{
+    int sum = 3;
+    for (QChar c : body)
+        sum += c.unicode();
+    return QChar(2) + body + QChar(3) + QStringLiteral("%1").arg(sum & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
+}
+
+QString WriteFrame(const char* at, const char* data)
+{
+    const QString digits = QLatin1String(data);
+    const QString count = QStringLiteral("%1").arg(digits.size() / 2, 2, 16, QLatin1Char('0')).toUpper();
+    return Frame(QLatin1Char('1') + QLatin1String(at) + count + digits);
+}
+
+QString WordsHex(const QList<int>& words)
+{
+    QString s;
+    for (int w : words) {
+        const int v = w & 0xFFFF;
+        s += QStringLiteral("%1%2").arg(v & 0xFF, 2, 16, QLatin1Char('0')).arg(v >> 8, 2, 16, QLatin1Char('0'));
+    }
+    return s.toUpper();
+}
+
+QByteArray rawBytes(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+QByteArray GbLines(const QStringList& lines)
+{
+    return lines.isEmpty() ? QByteArray()
+                           : TextFile::encode(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+}

@@ -44,6 +44,18 @@ private:
     QTimer timer_;
 };
 
+// Frames as the controller sees them, written out by hand so that the console's codec is not used to check
+// itself: STX, body, ETX and the low byte of the sum of body and ETX.
+QString Frame(const QString& body);
+// The write of data (hex digits) at a byte address (four hex digits).
+QString WriteFrame(const char* at, const char* data);
+// The data digits of a block of words, each low byte first.
+QString WordsHex(const QList<int>& words);
+// A file's bytes; empty when it cannot be read.
+QByteArray rawBytes(const QString& path);
+// The bytes of a text file the stations share: lines ended by CRLF, in their code page.
+QByteArray GbLines(const QStringList& lines);
+
 // A child widget of a form by its design name.
 template <class T = QWidget> T* Ctl(QWidget* form, const QString& name) { return form->findChild<T*>(name); }
 // Text colour of a status caption.
