@@ -15,8 +15,7 @@ inline bool putBytes(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
-    return f.write(bytes) == bytes.size();
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
 }
 
 inline QString fixture(const QString& name) { return QStringLiteral(ORVA_TEST_DATA "/common/") + name; }
@@ -37,38 +36,23 @@ public:
         if (oldUid_ >= 0) ::setfsuid(uid_t(oldUid_));
         if (oldGid_ >= 0) ::setfsgid(gid_t(oldGid_));
     }
-    UnprivilegedFiles(const UnprivilegedFiles&) = delete;
-    UnprivilegedFiles& operator=(const UnprivilegedFiles&) = delete;
+    Q_DISABLE_COPY(UnprivilegedFiles)
 
 private:
     int oldUid_ = -1, oldGid_ = -1;
 };
 
-// Opens a test's folder tree to everybody for reading, then takes write permission away from the folders
-// and files named.
-inline void makeReadOnly(const QString& root)
+// Read-only: the tree opened to everybody for reading, write permission taken away. Writable: the owner
+// may write again, so that QTemporaryDir can remove the tree.
+inline void setTreeWritable(const QString& path, bool writable)
 {
-    const auto ro = QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
+    const bool dir = QFileInfo(path).isDir();
+    const auto r = QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther;
     const auto x = QFileDevice::ExeOwner | QFileDevice::ExeGroup | QFileDevice::ExeOther;
-    QFile::setPermissions(root, ro | x);
-    QDir dir(root);
-    for (const QFileInfo& fi : dir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
-        if (fi.isDir())
-            makeReadOnly(fi.filePath());
-        else
-            QFile::setPermissions(fi.filePath(), ro);
-    }
+    QFile::setPermissions(path, writable ? QFile::permissions(path) | QFileDevice::WriteOwner : dir ? r | x : r);
+    if (dir)
+        for (const QFileInfo& fi : QDir(path).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))
+            setTreeWritable(fi.filePath(), writable);
 }
-
-// Gives the owner write permission again, so that QTemporaryDir can remove the tree.
-inline void makeWritable(const QString& root)
-{
-    QFile::setPermissions(root, QFile::permissions(root) | QFileDevice::WriteOwner);
-    QDir dir(root);
-    for (const QFileInfo& fi : dir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
-        if (fi.isDir())
-            makeWritable(fi.filePath());
-        else
-            QFile::setPermissions(fi.filePath(), QFile::permissions(fi.filePath()) | QFileDevice::WriteOwner);
-    }
-}
+inline void makeReadOnly(const QString& root) { setTreeWritable(root, false); }
+inline void makeWritable(const QString& root) { setTreeWritable(root, true); }

@@ -9,90 +9,72 @@
 class AppPathsTest : public QObject {
     Q_OBJECT
 private slots:
-    void init();
+    void init()
+    {
+        dir_ = std::make_unique<QTemporaryDir>();
+        AppPaths::setAppFolder(dir_->path());
+    }
     void cleanup() { AppPaths::setAppFolder(QString()); }
-    void windowsPaths_data();
-    void windowsPaths();
-    void hidden();
-    void dir();
-    void comPortDevice_data();
-    void comPortDevice();
+
+    void windowsPaths_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("inApp");
+        QTest::addColumn<QString>("systemDrive");
+        QTest::newRow("app path") << "\\Data\\骨料.txt" << "/Data/骨料.txt" << "/drive_c/Data/骨料.txt";
+        QTest::newRow("no leading separator") << "data\\CName.ini" << "/data/CName.ini" << "/drive_c/data/CName.ini";
+        QTest::newRow("lower-case drive") << "c:\\Program Files\\MswSpool" << "" << "/drive_c/Program Files/MswSpool";
+    }
+    void windowsPaths()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, inApp);
+        QFETCH(QString, systemDrive);
+        if (!inApp.isEmpty()) QCOMPARE(AppPaths::inApp(path), app() + inApp);
+        QCOMPARE(AppPaths::systemDrive(path), app() + systemDrive);
+        QCOMPARE(AppPaths::partnerShare(QStringLiteral("STATION2"), path), app() + "/stations/STATION2" + systemDrive);
+    }
+
+    void hidden()
+    {
+        const QString err = AppPaths::inApp("ProgramErr");
+        const QString spool = AppPaths::systemDrive("C:\\Program Files\\MswSpool");
+        QVERIFY(QDir().mkpath(err) && QDir().mkpath(spool));
+        AppPaths::setHidden(err);
+        AppPaths::setHidden(err + "/");
+        // A list that lost its last line end.
+        QVERIFY(putBytes(app() + "/.hidden", rawBytes(app() + "/.hidden") + "last"));
+        AppPaths::setHidden(app() + "/Data");
+        AppPaths::setHidden(spool);
+        QVERIFY(AppPaths::isHidden(err) && AppPaths::isHidden(spool) && AppPaths::isHidden(app() + "/.dotfile"));
+        QVERIFY(!AppPaths::isHidden(app() + "/Program"));
+        QCOMPARE(rawBytes(app() + "/.hidden"), QByteArray("ProgramErr\nlast\nData\n"));
+        QCOMPARE(rawBytes(app() + "/drive_c/Program Files/.hidden"), QByteArray("MswSpool\n"));
+    }
+
+    void comPortDevice_data()
+    {
+        QTest::addColumn<QByteArray>("ini");  // empty: no file
+        QTest::addColumn<int>("port");
+        QTest::addColumn<QString>("device");
+        const QByteArray ini = "[ComPorts]\r\nCom2 = /dev/ttyUSB0 \r\ncom3=/dev/ttyACM1\r\nCom4=\r\n";
+        QTest::newRow("no file") << QByteArray() << 1 << "/dev/ttyS0";
+        QTest::newRow("mapped") << ini << 2 << "/dev/ttyUSB0";
+        QTest::newRow("empty mapping") << ini << 4 << "/dev/ttyS3";
+    }
+    void comPortDevice()
+    {
+        QFETCH(QByteArray, ini);
+        QFETCH(int, port);
+        QFETCH(QString, device);
+        if (!ini.isEmpty()) QVERIFY(putBytes(app() + "/Data/ComPorts.ini", ini));
+        QCOMPARE(AppPaths::comPortDevice(port), device);
+    }
 
 private:
     std::unique_ptr<QTemporaryDir> dir_;
     QString app() const { return dir_->path(); }
 };
-
-void AppPathsTest::init()
-{
-    dir_ = std::make_unique<QTemporaryDir>();
-    AppPaths::setAppFolder(dir_->path());
-}
-
-void AppPathsTest::windowsPaths_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("inApp");
-    QTest::addColumn<QString>("systemDrive");
-    QTest::newRow("app path") << "\\Data\\骨料.txt" << "/Data/骨料.txt" << "/drive_c/Data/骨料.txt";
-    QTest::newRow("no leading separator") << "data\\CName.ini" << "/data/CName.ini" << "/drive_c/data/CName.ini";
-    QTest::newRow("lower-case drive") << "c:\\Program Files\\MswSpool" << "" << "/drive_c/Program Files/MswSpool";
-}
-
-void AppPathsTest::windowsPaths()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, inApp);
-    QFETCH(QString, systemDrive);
-    if (!inApp.isEmpty()) QCOMPARE(AppPaths::inApp(path), app() + inApp);
-    QCOMPARE(AppPaths::systemDrive(path), app() + systemDrive);
-    QCOMPARE(AppPaths::partnerShare(QStringLiteral("STATION2"), path), app() + "/stations/STATION2" + systemDrive);
-}
-
-void AppPathsTest::hidden()
-{
-    const QString err = AppPaths::inApp("ProgramErr");
-    const QString spool = AppPaths::systemDrive("C:\\Program Files\\MswSpool");
-    QVERIFY(QDir().mkpath(err) && QDir().mkpath(spool));
-    AppPaths::setHidden(err);
-    AppPaths::setHidden(err + "/");
-    QVERIFY(putBytes(app() + "/.hidden", rawBytes(app() + "/.hidden") + "last"));  // a list without its last line end
-    AppPaths::setHidden(app() + "/Data");
-    AppPaths::setHidden(spool);
-    QVERIFY(AppPaths::isHidden(err) && AppPaths::isHidden(spool) && AppPaths::isHidden(app() + "/.dotfile"));
-    QVERIFY(!AppPaths::isHidden(app() + "/Program"));
-    QCOMPARE(rawBytes(app() + "/.hidden"), QByteArray("ProgramErr\nlast\nData\n"));
-    QCOMPARE(rawBytes(app() + "/drive_c/Program Files/.hidden"), QByteArray("MswSpool\n"));
-}
-
-void AppPathsTest::dir()
-{
-    QVERIFY(putBytes(app() + "/Data/BLZConfig.dat", "COMPort=2\r\n"));
-    QCOMPARE(AppPaths::Dir(app() + "/Data/BLZConfig.dat", false), QString("BLZConfig.dat"));
-    QCOMPARE(AppPaths::Dir(app() + "/Data", false), QString());  // a folder only when asked for
-    QCOMPARE(AppPaths::Dir(app() + "/Data/", true), QString("Data"));
-}
-
-void AppPathsTest::comPortDevice_data()
-{
-    QTest::addColumn<QByteArray>("ini");  // empty: no file
-    QTest::addColumn<int>("port");
-    QTest::addColumn<QString>("device");
-    const QByteArray ini = "[ComPorts]\r\nCom2 = /dev/ttyUSB0 \r\ncom3=/dev/ttyACM1\r\nCom4=\r\n";
-    QTest::newRow("no file, Com1") << QByteArray() << 1 << "/dev/ttyS0";
-    QTest::newRow("no file, Com6") << QByteArray() << 6 << "/dev/ttyS5";
-    QTest::newRow("mapped") << ini << 2 << "/dev/ttyUSB0";
-    QTest::newRow("empty mapping") << ini << 4 << "/dev/ttyS3";
-}
-
-void AppPathsTest::comPortDevice()
-{
-    QFETCH(QByteArray, ini);
-    QFETCH(int, port);
-    QFETCH(QString, device);
-    if (!ini.isEmpty()) QVERIFY(putBytes(app() + "/Data/ComPorts.ini", ini));
-    QCOMPARE(AppPaths::comPortDevice(port), device);
-}
 
 QTEST_GUILESS_MAIN(AppPathsTest)
 #include "tst_app_paths.moc"

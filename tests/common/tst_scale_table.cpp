@@ -17,178 +17,151 @@ std::array<std::array<QString, 16>*, 7> biaoArrays()
             &BiaoWeightADValue, &BiaoWeightWTValue, &BiaoWeightFMValue};
 }
 
-template <std::size_t N>
-QStringList list(const std::array<QString, N>& a) { return QStringList(a.begin(), a.end()); }
-
-template <std::size_t N>
-QList<int> list(const std::array<short, N>& a) { return QList<int>(a.begin(), a.end()); }
+template <class T, std::size_t N> QList<T> list(const std::array<T, N>& a) { return QList<T>(a.begin(), a.end()); }
 
 const QStringList kDefaultScales = QStringList({"骨料1", "骨料2", "骨料3", "骨料4", "", "", "", "水秤", "水泥", "粉灰", "",
                                        "外加剂1", "外加剂2", "", "", ""});
 const QStringList kDefaultBins = QStringList({"骨料1", "骨料2", "骨料3", "骨料4", "", "", "", "", "水秤", "水泥M1", "水泥M2",
                                      "水泥M3", "", "粉灰M1", "粉灰M2", "", "", "", "外加剂19", "外加剂20", "", ""});
-const QList<int> kDefaultVibrators{0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0};
+const QList<short> kDefaultVibrators{0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0};
 }  // namespace
 
 class ScaleTableTest : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void cNameIniAndVibrators();
-    void blzSaveAndLoad_data();
-    void blzSaveAndLoad();
-    void blzLoad_data();
-    void blzLoad();
-    void sysDataAndNetPath();
+    void init()
+    {
+        dir_ = std::make_unique<QTemporaryDir>();
+        AppPaths::setAppFolder(dir_->path());
+        QDir().mkpath(app("Data"));
+        ResetErrorLogMemory();
+        SetDefaultNames();
+        CNameMissing = false;
+        for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
+    }
+
+    void cNameIniAndVibrators()
+    {
+        LoadCNameIni();
+        QVERIFY(CNameMissing);
+
+        QVERIFY(QFile::copy(fixture("CName.ini"), app("Data/CName.ini")));
+        SetDefaultNames();
+        LoadCNameIni();
+        LoadZDTimeIni();
+        QCOMPARE(list(ScaleVibrator), (QList<short>{3, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 7}));
+        QCOMPARE(list(ScaleName), QStringList({"石子", "砂", "", "骨料4", "", "", "外加粉", "清水秤", "水泥A", "粉灰B", "矿粉",
+                                      "减水剂", "早强剂", "防冻剂", "", ""}));
+        QStringList bins = kDefaultBins;
+        bins[8] = "水1";      // section "11", key "01"
+        bins[21] = "水2";     // section "11", key "02"
+        bins[12] = "水泥M4";  // section "08", key "04"
+        bins[18] = "";        // present and empty replaces the default
+        QCOMPARE(list(BinName), bins);
+
+        // A value beyond 16 bits ends the routine with a line in the error log; values read so far stay.
+        QVERIFY(putBytes(app("Data/CName.ini"), "[ZDTime]\r\n01=2\r\n02=99999\r\n03=5\r\n"));
+        LoadZDTimeIni();
+        QCOMPARE(list(ScaleVibrator).mid(0, 3), (QList<short>{2, 0, 1}));
+        QVERIFY(TextFile::exists(ErrorLogPath(QDate::currentDate())));
+    }
+
+    void blzSaveAndLoad_data()
+    {
+        QTest::addColumn<bool>("dataFolder");
+        QTest::newRow("in Data") << true;
+        QTest::newRow("in the application folder") << false;
+    }
+    void blzSaveAndLoad()
+    {
+        QFETCH(bool, dataFolder);
+        if (!dataFolder) QVERIFY(QDir(app("Data")).removeRecursively());
+        QCOMPARE(BLZConfigPath(), app(dataFolder ? "Data/BLZConfig.dat" : "BLZConfig.dat"));
+        // Scales without a name share their keys, and on reading each takes the first such line.
+        const auto value = [](int k, int i) {
+            return QStringLiteral("v%1 值").arg(k * 14 + (QList<int>{4, 5, 6, 10, 13}.contains(i) ? 4 : i));
+        };
+        for (int k = 0; k < 7; ++k)
+            for (int i = 0; i < 14; ++i) (*biaoArrays()[k])[i] = value(k, i);
+        PortNo = 5;
+        ShowCsHelp = "0";
+        Agg1RecordMode = "1";
+        SaveBLZConfig();
+
+        const QByteArray bytes = rawBytes(BLZConfigPath());
+        QVERIFY(bytes.startsWith("COMPort=5\r\nIsShowCsHelp=0\r\n" + QByteArray::fromHex("b9c7c1cf31") +
+                                 "BiaoZeroTime=v0 " + QByteArray::fromHex("d6b5") + "\r\n"));
+        QVERIFY(bytes.endsWith("\r\nAgg1RecordMode=1\r\n"));
+        QCOMPARE(bytes.count("\r\n"), 2 + 14 * 7 + 1);
+
+        for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
+        LoadBLZConfig();
+        for (int k = 0; k < 7; ++k)
+            for (int i = 0; i < 14; ++i) QCOMPARE((*biaoArrays()[k])[i], value(k, i));
+        QCOMPARE(int(PortNo), 5);
+        QCOMPARE(ShowCsHelp, QString("0"));
+        QCOMPARE(Agg1RecordMode, QString("1"));
+    }
+
+    // Damaged or missing files leave the default names; a save after that writes a whole, readable file.
+    void blzLoad_data()
+    {
+        QTest::addColumn<QByteArray>("blz");  // empty: no file
+        QTest::addColumn<QString>("cname");   // fixture copied to Data/CName.ini; empty: none
+        QTest::addColumn<int>("port");
+        QTest::addColumn<QString>("help");
+        QTest::addColumn<QString>("biao");  // BiaoZeroTime of scale 0
+        const QByteArray none;
+        QTest::newRow("empty help is 1") << QByteArray("COMPort=4\r\nIsShowCsHelp=\r\n") << "" << 4 << "1" << "";
+        QTest::newRow("port beyond 16 bits") << QByteArray("COMPort=70000\r\n") << "" << 2 << "1" << "";
+        QTest::newRow("binary BLZConfig.dat") << rawBytes(fixture("BLZConfig_binary.dat")) << "" << 2 << "1" << "";
+        QTest::newRow("truncated BLZConfig.dat")
+            << rawBytes(fixture("BLZConfig_truncated.dat")) << "" << 5 << "0" << "值0";
+        QTest::newRow("CName.ini of long lines") << none << "CName_longlines.ini" << 2 << "1" << "stale";
+        QTest::newRow("binary CName.ini") << none << "BLZConfig_binary.dat" << 2 << "1" << "stale";
+    }
+    void blzLoad()
+    {
+        QFETCH(QByteArray, blz);
+        QFETCH(QString, cname);
+        QFETCH(int, port);
+        QFETCH(QString, help);
+        QFETCH(QString, biao);
+        if (!blz.isEmpty()) QVERIFY(putBytes(app("Data/BLZConfig.dat"), blz));
+        if (!cname.isEmpty()) QVERIFY(QFile::copy(fixture(cname), app("Data/CName.ini")));
+        PortNo = 9;
+        ShowCsHelp = "x";
+        LoadBLZConfig();
+        LoadZDTimeIni();
+        QCOMPARE(list(ScaleName), kDefaultScales);
+        QCOMPARE(list(ScaleVibrator), kDefaultVibrators);
+        QCOMPARE(int(PortNo), port);
+        QCOMPARE(ShowCsHelp, help);
+        QCOMPARE(BiaoZeroTime[0], biao);
+        SaveBLZConfig();
+        LoadBLZConfig();
+        QCOMPARE(int(ComPortSetting), port);
+        QCOMPARE(ShowCsHelp, help);
+    }
+
+    void sysDataAndNetPath()
+    {
+        OperatorName = "old";
+        LoadSysData();
+        QCOMPARE(OperatorName, QString("old"));  // no file keeps the name
+        QVERIFY(putBytes(app("Data/SysData.dat"), "x=1\r\n"));
+        LoadSysData();
+        QCOMPARE(OperatorName, QString());
+        QVERIFY(putBytes(app("data/NetPath.ini"), "NetworkPath=/mnt/q\r\n"));
+        QCOMPARE(ReadNetPath(), QString("/mnt/q"));
+        QVERIFY(putBytes(app("Data/NetPath.ini"), "NetworkPath=/mnt/p\r\n"));
+        QCOMPARE(ReadNetPath(), QString("/mnt/p"));
+    }
 
 private:
     std::unique_ptr<QTemporaryDir> dir_;
     QString app(const QString& relative) const { return dir_->filePath(relative); }
 };
-
-void ScaleTableTest::init()
-{
-    dir_ = std::make_unique<QTemporaryDir>();
-    AppPaths::setAppFolder(dir_->path());
-    QDir().mkpath(app("Data"));
-    ResetErrorLogMemory();
-    SetDefaultNames();
-    CNameMissing = false;
-    PortNo = 2;
-    ShowCsHelp = "1";
-    for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
-}
-
-void ScaleTableTest::cNameIniAndVibrators()
-{
-    LoadCNameIni();
-    QVERIFY(CNameMissing);
-
-    QVERIFY(QFile::copy(fixture("CName.ini"), app("Data/CName.ini")));
-    SetDefaultNames();
-    LoadCNameIni();
-    LoadZDTimeIni();
-    QCOMPARE(list(ScaleVibrator), (QList<int>{3, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 7}));
-    QCOMPARE(list(ScaleName), QStringList({"石子", "砂", "", "骨料4", "", "", "外加粉", "清水秤", "水泥A", "粉灰B", "矿粉",
-                                  "减水剂", "早强剂", "防冻剂", "", ""}));
-    QStringList bins = kDefaultBins;
-    bins[8] = "水1";      // section "11", key "01"
-    bins[21] = "水2";     // section "11", key "02"
-    bins[12] = "水泥M4";  // section "08", key "04"
-    bins[18] = "";        // present and empty replaces the default
-    QCOMPARE(list(BinName), bins);
-    QCOMPARE(list(ScaleDecimals), (QList<int>{0, 0, 0, 0, 0, 0, 1, 1, 0, 1, 1, 2, 2, 2, 0, 0}));  // not in the file
-
-    // A value beyond 16 bits ends the routine with a line in the error log; values read so far stay.
-    QVERIFY(putBytes(app("Data/CName.ini"), "[ZDTime]\r\n01=2\r\n02=99999\r\n03=5\r\n"));
-    LoadZDTimeIni();
-    QCOMPARE(list(ScaleVibrator).mid(0, 3), (QList<int>{2, 0, 1}));
-    QVERIFY(TextFile::exists(ErrorLogPath(QDate::currentDate())));
-}
-
-void ScaleTableTest::blzSaveAndLoad_data()
-{
-    QTest::addColumn<bool>("dataFolder");
-    QTest::newRow("in Data") << true;
-    QTest::newRow("in the application folder") << false;
-}
-
-void ScaleTableTest::blzSaveAndLoad()
-{
-    QFETCH(bool, dataFolder);
-    if (!dataFolder) QVERIFY(QDir(app("Data")).removeRecursively());
-    QCOMPARE(BLZConfigPath(), app(dataFolder ? "Data/BLZConfig.dat" : "BLZConfig.dat"));
-    QCOMPARE(SysDataPath(), app(dataFolder ? "Data/SysData.dat" : "SysData.dat"));
-    // Scales without a name share their keys, and on reading each takes the first such line.
-    const auto value = [](int k, int i) {
-        return QStringLiteral("v%1 值").arg(k * 14 + (QList<int>{4, 5, 6, 10, 13}.contains(i) ? 4 : i));
-    };
-    for (int k = 0; k < 7; ++k)
-        for (int i = 0; i < 14; ++i) (*biaoArrays()[k])[i] = value(k, i);
-    PortNo = 5;
-    ShowCsHelp = "0";
-    Agg1RecordMode = "1";
-    SaveBLZConfig();
-
-    const QByteArray bytes = rawBytes(BLZConfigPath());
-    QVERIFY(bytes.startsWith("COMPort=5\r\nIsShowCsHelp=0\r\n" + QByteArray::fromHex("b9c7c1cf31") +
-                             "BiaoZeroTime=v0 " + QByteArray::fromHex("d6b5") + "\r\n"));
-    QVERIFY(bytes.contains(TextFile::encode(QString::fromUtf8("\r\n水秤BiaoZeroTime=v7 值\r\n"))));
-    QVERIFY(bytes.contains("\r\nBiaoZeroTime=v4 "));
-    QVERIFY(bytes.endsWith("\r\nAgg1RecordMode=1\r\n"));
-    QCOMPARE(bytes.count("\r\n"), 2 + 14 * 7 + 1);
-    QCOMPARE(bytes.count('\n'), 2 + 14 * 7 + 1);
-
-    for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
-    LoadBLZConfig();
-    for (int k = 0; k < 7; ++k)
-        for (int i = 0; i < 14; ++i) QCOMPARE((*biaoArrays()[k])[i], value(k, i));
-    QCOMPARE(int(PortNo), 5);
-    QCOMPARE(ShowCsHelp, QString("0"));
-    QCOMPARE(Agg1RecordMode, QString("1"));
-}
-
-void ScaleTableTest::blzLoad_data()
-{
-    QTest::addColumn<QByteArray>("blz");  // empty: no file
-    QTest::addColumn<QString>("cname");   // fixture copied to Data/CName.ini; empty: none
-    QTest::addColumn<int>("port");
-    QTest::addColumn<QString>("help");
-    QTest::addColumn<QString>("biao");  // BiaoZeroTime of scale 0
-    const QByteArray none;
-    QTest::newRow("port 0 starts on 2") << QByteArray("COMPort=0\r\nIsShowCsHelp=0\r\n") << "" << 2 << "0" << "";
-    QTest::newRow("empty help is 1") << QByteArray("COMPort=4\r\nIsShowCsHelp=\r\n") << "" << 4 << "1" << "";
-    QTest::newRow("port beyond 16 bits") << QByteArray("COMPort=70000\r\n") << "" << 2 << "1" << "";
-    QTest::newRow("binary BLZConfig.dat") << rawBytes(fixture("BLZConfig_binary.dat")) << "" << 2 << "1" << "";
-    QTest::newRow("truncated BLZConfig.dat")
-        << rawBytes(fixture("BLZConfig_truncated.dat")) << "" << 5 << "0" << "值0";
-    QTest::newRow("CName.ini of long lines") << none << "CName_longlines.ini" << 2 << "1" << "stale";
-    QTest::newRow("binary CName.ini") << none << "BLZConfig_binary.dat" << 2 << "1" << "stale";
-    QTest::newRow("no files") << none << "" << 2 << "1" << "stale";
-}
-
-// Damaged or missing files leave the default names; a save after that writes a whole, readable file.
-void ScaleTableTest::blzLoad()
-{
-    QFETCH(QByteArray, blz);
-    QFETCH(QString, cname);
-    QFETCH(int, port);
-    QFETCH(QString, help);
-    QFETCH(QString, biao);
-    if (!blz.isEmpty()) QVERIFY(putBytes(app("Data/BLZConfig.dat"), blz));
-    if (!cname.isEmpty()) QVERIFY(QFile::copy(fixture(cname), app("Data/CName.ini")));
-    PortNo = 9;
-    ShowCsHelp = "x";
-    LoadBLZConfig();
-    LoadZDTimeIni();
-    QCOMPARE(list(ScaleName), kDefaultScales);
-    QCOMPARE(list(ScaleVibrator), kDefaultVibrators);
-    QCOMPARE(int(PortNo), port);
-    QCOMPARE(ShowCsHelp, help);
-    QCOMPARE(BiaoZeroTime[0], biao);
-    SaveBLZConfig();
-    LoadBLZConfig();
-    QCOMPARE(int(ComPortSetting), port);
-    QCOMPARE(ShowCsHelp, help);
-}
-
-void ScaleTableTest::sysDataAndNetPath()
-{
-    OperatorName = "old";
-    LoadSysData();
-    QCOMPARE(OperatorName, QString("old"));  // no file keeps the name
-    QVERIFY(putBytes(app("Data/SysData.dat"), TextFile::encode("UserPwd:1\r\nUserNam:  张三 \r\n")));
-    LoadSysData();
-    QCOMPARE(OperatorName, QString("张三"));
-    QVERIFY(putBytes(app("Data/SysData.dat"), "x=1\r\n"));
-    LoadSysData();
-    QCOMPARE(OperatorName, QString());
-    QCOMPARE(ReadNetPath(), QString());
-    QVERIFY(putBytes(app("data/NetPath.ini"), "NetworkPath=/mnt/q\r\n"));
-    QCOMPARE(ReadNetPath(), QString("/mnt/q"));
-    QVERIFY(putBytes(app("Data/NetPath.ini"), "NetworkPath= /mnt/p \r\n"));
-    QCOMPARE(ReadNetPath(), QString("/mnt/p"));
-}
 
 QTEST_GUILESS_MAIN(ScaleTableTest)
 #include "tst_scale_table.moc"

@@ -9,92 +9,74 @@
 class TextFileTest : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void writeLinesGb18030Crlf();
-    void readLines_data();
-    void readLines();
-    void append_data();
-    void append();
-    void missingOrFolder();
-    void failedWriteKeepsOldFile();
+    void init() { dir_ = std::make_unique<QTemporaryDir>(); }
+
+    void writeLinesGb18030Crlf()
+    {
+        QVERIFY(putBytes(path("a.txt"), QByteArray(5000, 'z')));
+        QVERIFY(TextFile::writeLines(path("a.txt"), {QString::fromUtf8("骨料1"), QString(), QStringLiteral("x")}));
+        QCOMPARE(rawBytes(path("a.txt")).toHex(), QByteArray("b9c7c1cf31" "0d0a" "0d0a" "78" "0d0a"));
+    }
+
+    void readLines_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("lines");
+        QTest::newRow("CRLF, no last line end") << QByteArray("a\r\nb") << QStringList{"a", "b"};
+        QTest::newRow("LF and lone CR") << QByteArray("a\nb\rc\r") << QStringList{"a", "b", "c"};
+        QTest::newRow("empty lines kept") << QByteArray("a\r\n\r\n\nb") << QStringList{"a", "", "", "b"};
+        QTest::newRow("GB18030") << QByteArray::fromHex("b9c7c1cf310d0acbaec4e0") << QStringList{"骨料1", "水泥"};
+        QTest::newRow("UTF-8 behind a BOM") << QByteArray("\xEF\xBB\xBF") + QString::fromUtf8("骨料1\r\n水泥").toUtf8()
+                                            << QStringList{"骨料1", "水泥"};
+    }
+    void readLines()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, lines);
+        QVERIFY(putBytes(path("r.txt"), bytes));
+        QStringList got{"stale"};
+        QVERIFY(TextFile::readLines(path("r.txt"), &got));
+        QCOMPARE(got, lines);
+    }
+
+    // Appended twice, to show that the file is created and then added to.
+    void append_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("LF becomes CRLF") << "a\nb\n" << QByteArray("a\r\nb\r\na\r\nb\r\n");
+        QTest::newRow("CRLF and lone CR stay") << "a\r\nb\r" << QByteArray("a\r\nb\ra\r\nb\r");
+    }
+    void append()
+    {
+        QFETCH(QString, text);
+        QFETCH(QByteArray, bytes);
+        QVERIFY(TextFile::append(path("ap.txt"), text));
+        QVERIFY(TextFile::append(path("ap.txt"), text));
+        QCOMPARE(rawBytes(path("ap.txt")), bytes);
+    }
+
+    // The profile writer goes the same way, so this holds for every file the console rewrites.
+    void failedWriteKeepsOldFile()
+    {
+        const QByteArray old("COMPort=3\r\nIsShowCsHelp=1\r\n");
+        QVERIFY(putBytes(path("ro/BLZConfig.dat"), old));
+        makeReadOnly(dir_->path());
+        {
+            UnprivilegedFiles asOperator;
+            QVERIFY(!TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}));
+            QVERIFY(!TextFile::append(path("ro/BLZConfig.dat"), "x\n"));
+            QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
+        }
+        makeWritable(dir_->path());
+        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), old);
+        QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), QStringList{"BLZConfig.dat"});
+    }
 
 private:
     std::unique_ptr<QTemporaryDir> dir_;
     QString path(const QString& name) const { return dir_->filePath(name); }
 };
-
-void TextFileTest::init() { dir_ = std::make_unique<QTemporaryDir>(); }
-
-void TextFileTest::writeLinesGb18030Crlf()
-{
-    QVERIFY(putBytes(path("a.txt"), QByteArray(5000, 'z')));
-    QVERIFY(TextFile::writeLines(path("a.txt"), {QString::fromUtf8("骨料1"), QString(), QStringLiteral("x")}));
-    QCOMPARE(rawBytes(path("a.txt")).toHex(), QByteArray("b9c7c1cf31" "0d0a" "0d0a" "78" "0d0a"));
-}
-
-void TextFileTest::readLines_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("CRLF, no last line end") << QByteArray("a\r\nb") << QStringList{"a", "b"};
-    QTest::newRow("LF and lone CR") << QByteArray("a\nb\rc\r") << QStringList{"a", "b", "c"};
-    QTest::newRow("empty lines kept") << QByteArray("a\r\n\r\n\nb") << QStringList{"a", "", "", "b"};
-    QTest::newRow("GB18030") << QByteArray::fromHex("b9c7c1cf310d0acbaec4e0") << QStringList{"骨料1", "水泥"};
-    QTest::newRow("UTF-8 behind a BOM") << QByteArray("\xEF\xBB\xBF") + QString::fromUtf8("骨料1\r\n水泥").toUtf8()
-                                        << QStringList{"骨料1", "水泥"};
-}
-
-void TextFileTest::readLines()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QStringList, lines);
-    QVERIFY(putBytes(path("r.txt"), bytes));
-    QStringList got{"stale"};
-    QVERIFY(TextFile::readLines(path("r.txt"), &got));
-    QCOMPARE(got, lines);
-}
-
-// Appended twice, to show that the file is created and then added to.
-void TextFileTest::append_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("LF becomes CRLF") << "a\nb\n" << QByteArray("a\r\nb\r\na\r\nb\r\n");
-    QTest::newRow("CRLF and lone CR stay") << "a\r\nb\r" << QByteArray("a\r\nb\ra\r\nb\r");
-    QTest::newRow("Chinese") << QString::fromUtf8("骨料1\n") << QByteArray::fromHex("b9c7c1cf310d0ab9c7c1cf310d0a");
-}
-
-void TextFileTest::append()
-{
-    QFETCH(QString, text);
-    QFETCH(QByteArray, bytes);
-    QVERIFY(TextFile::append(path("ap.txt"), text));
-    QVERIFY(TextFile::append(path("ap.txt"), text));
-    QCOMPARE(rawBytes(path("ap.txt")), bytes);
-}
-
-void TextFileTest::missingOrFolder()
-{
-    QString text;
-    QVERIFY(!TextFile::read(path("none.txt"), &text));
-    QVERIFY(!TextFile::append(path("no/such/folder/log.txt"), "x"));
-}
-
-void TextFileTest::failedWriteKeepsOldFile()
-{
-    const QByteArray old("COMPort=3\r\nIsShowCsHelp=1\r\n");
-    QVERIFY(putBytes(path("ro/BLZConfig.dat"), old));
-    makeReadOnly(dir_->path());
-    {
-        UnprivilegedFiles asOperator;
-        QVERIFY(!TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}));
-        QVERIFY(!TextFile::append(path("ro/BLZConfig.dat"), "x\n"));
-        QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
-    }
-    makeWritable(dir_->path());
-    QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), old);
-    QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), QStringList{"BLZConfig.dat"});
-}
 
 QTEST_GUILESS_MAIN(TextFileTest)
 #include "tst_text_file.moc"

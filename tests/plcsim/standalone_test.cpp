@@ -1,4 +1,6 @@
 // The standalone controller on its pseudo-terminal, opened the way the console opens a serial port.
+#include "test_support.h"
+
 #include <QFileInfo>
 #include <QProcess>
 #include <QSerialPort>
@@ -7,8 +9,8 @@
 
 namespace {
 
-QByteArray F(const QByteArray& body, const char* sum) { return '\x02' + body + '\x03' + sum; }
-const QByteArray kReadStatus = F("0007C02", "6F");
+QByteArray F(const char* body) { return Frame(QLatin1String(body)).toLatin1(); }
+const QByteArray kReadStatus = F("0007C02");
 constexpr int kStartMs = 20000;  // a sanitizer build starts slowly
 
 }  // namespace
@@ -16,69 +18,65 @@ constexpr int kStartMs = 20000;  // a sanitizer build starts slowly
 class StandaloneTest : public QObject {
     Q_OBJECT
 private slots:
-    void servesThePty_data();
-    void servesThePty();
+    void servesThePty_data()
+    {
+        QTest::addColumn<bool>("byQuit");
+        QTest::newRow("ended by the quit command") << true;
+        QTest::newRow("ended by SIGTERM") << false;
+    }
+    void servesThePty()
+    {
+        QFETCH(bool, byQuit);
+        QTemporaryDir dir;
+        const QString link = dir.filePath(QStringLiteral("ttyPLC"));
+        QProcess sim;
+        sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        sim.start(QStringLiteral(PLCSIM_EXE), {"--link", link, "--control-stdin", "--no-live", "--init-delay", "50"});
+        QVERIFY(sim.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kStartMs);
+        const QString device = QString::fromLocal8Bit(sim.readLine()).trimmed();
+        QCOMPARE(QFileInfo(link).symLinkTarget(), device);
+
+        QSerialPort port(link);  // 9600 baud, 7 data bits, even parity, one stop bit
+        port.setDataBits(QSerialPort::Data7);
+        port.setParity(QSerialPort::EvenParity);
+        QVERIFY2(port.open(QIODevice::ReadWrite), qPrintable(port.errorString()));
+
+        QByteArray got;
+        connect(&port, &QSerialPort::readyRead, this, [&] { got += port.readAll(); });
+        auto ask = [&](const QByteArray& frame, int answerLength) {
+            got.clear();
+            port.write(frame);
+            (void)QTest::qWaitFor([&] { return got.size() >= answerLength; }, kStartMs);
+            return got;
+        };
+        auto command = [&](const QByteArray& line) {
+            sim.write(line + '\n');
+            (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kStartMs);
+            return sim.readLine().trimmed();
+        };
+
+        // Hardware initialisation: the pulse is taken, S999 follows from the controller's own timer.
+        QCOMPARE(ask(F("1001A020800"), 1), QByteArray("\x06"));
+        QCOMPARE(ask(kReadStatus, 8), F("0000"));
+        QTRY_COMPARE_WITH_TIMEOUT(ask(kReadStatus, 8), F("8000"), kStartMs);
+
+        // A fault injected while the line is in use spoils exactly the next answer.
+        QCOMPARE(command("fault nak 1"), QByteArray("ok"));
+        QCOMPARE(ask(kReadStatus, 1), QByteArray(1, '\x15'));
+        QCOMPARE(ask(kReadStatus, 8), F("8000"));
+        QCOMPARE(command("set D43 1234"), QByteArray("ok"));
+        QCOMPARE(ask(F("0105602"), 8), F("D204"));
+
+        port.close();
+        if (byQuit) QCOMPARE(command("quit"), QByteArray("ok"));
+        else sim.terminate();
+        QTRY_COMPARE_WITH_TIMEOUT(sim.state(), QProcess::NotRunning, kStartMs);
+        QCOMPARE(sim.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(sim.exitCode(), 0);
+        QVERIFY(!QFileInfo(link).isSymLink());
+    }
 };
-
-void StandaloneTest::servesThePty_data()
-{
-    QTest::addColumn<bool>("byQuit");
-    QTest::newRow("ended by the quit command") << true;
-    QTest::newRow("ended by SIGTERM") << false;
-}
-
-void StandaloneTest::servesThePty()
-{
-    QFETCH(bool, byQuit);
-    QTemporaryDir dir;
-    const QString link = dir.filePath(QStringLiteral("ttyPLC"));
-    QProcess sim;
-    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    sim.start(QStringLiteral(PLCSIM_EXE), {"--link", link, "--control-stdin", "--no-live", "--init-delay", "50"});
-    QVERIFY(sim.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kStartMs);
-    const QString device = QString::fromLocal8Bit(sim.readLine()).trimmed();
-    QCOMPARE(QFileInfo(link).symLinkTarget(), device);
-
-    QSerialPort port(link);  // 9600 baud, 7 data bits, even parity, one stop bit
-    port.setDataBits(QSerialPort::Data7);
-    port.setParity(QSerialPort::EvenParity);
-    QVERIFY2(port.open(QIODevice::ReadWrite), qPrintable(port.errorString()));
-
-    QByteArray got;
-    connect(&port, &QSerialPort::readyRead, this, [&] { got += port.readAll(); });
-    auto ask = [&](const QByteArray& frame, int answerLength) {
-        got.clear();
-        port.write(frame);
-        (void)QTest::qWaitFor([&] { return got.size() >= answerLength; }, kStartMs);
-        return got;
-    };
-    auto command = [&](const QByteArray& line) {
-        sim.write(line + '\n');
-        (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kStartMs);
-        return sim.readLine().trimmed();
-    };
-
-    // Hardware initialisation: the pulse is taken, S999 follows from the controller's own timer.
-    QCOMPARE(ask(F("1001A020800", "30"), 1), QByteArray("\x06"));
-    QCOMPARE(ask(kReadStatus, 8), F("0000", "C3"));
-    QTRY_COMPARE_WITH_TIMEOUT(ask(kReadStatus, 8), F("8000", "CB"), kStartMs);
-
-    // A fault injected while the line is in use spoils exactly the next answer.
-    QCOMPARE(command("fault nak 1"), QByteArray("ok"));
-    QCOMPARE(ask(kReadStatus, 1), QByteArray(1, '\x15'));
-    QCOMPARE(ask(kReadStatus, 8), F("8000", "CB"));
-    QCOMPARE(command("set D43 1234"), QByteArray("ok"));
-    QCOMPARE(ask(F("0105602", "61"), 8), F("D204", "DD"));
-
-    port.close();
-    if (byQuit) QCOMPARE(command("quit"), QByteArray("ok"));
-    else sim.terminate();
-    QTRY_COMPARE_WITH_TIMEOUT(sim.state(), QProcess::NotRunning, kStartMs);
-    QCOMPARE(sim.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(sim.exitCode(), 0);
-    QVERIFY(!QFileInfo(link).isSymLink());
-}
 
 QTEST_GUILESS_MAIN(StandaloneTest)
 #include "standalone_test.moc"
