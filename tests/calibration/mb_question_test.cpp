@@ -8,7 +8,6 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
-#include <functional>
 
 namespace {
 
@@ -51,67 +50,63 @@ class MbQuestionTest : public QObject {
 private slots:
     void init() { h = new ConsoleHarness; }
     void cleanup() { delete h; }
-    void answers_data();
-    void answers();
-    void sizeFollowsTheText();
-    void placedBelowTheCalibrationValues();
+
+    void answers_data()
+    {
+        QTest::addColumn<bool>("isOk");
+        QTest::addColumn<QString>("button");  // empty: closed by the window's control
+        QTest::addColumn<bool>("before");
+        QTest::addColumn<bool>("result");
+        QTest::newRow("OK") << true << "CmdMbOK" << false << true;
+        QTest::newRow("Yes") << false << "CmdYes" << false << true;
+        QTest::newRow("No") << false << "CmdNo" << true << false;
+        QTest::newRow("closed, result kept true") << false << "" << true << true;
+        QTest::newRow("closed, result kept false") << true << "" << false << false;
+    }
+
+    void answers()
+    {
+        QFETCH(bool, isOk);
+        QFETCH(QString, button);
+        QFETCH(bool, before);
+        QFETCH(bool, result);
+        MbResult = before;
+        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), isOk, button);
+        QCOMPARE(s.okShown, isOk);
+        QCOMPARE(s.yesShown, !isOk);
+        QCOMPARE(MbResult, result);
+        QVERIFY(!MbQuestion::showing());
+    }
+
+    void sizeFollowsTheText()
+    {
+        const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
+        const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
+        const Seen tall = showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
+        QVERIFY(wide.size.width() > small.size.width());
+        QVERIFY(tall.size.height() > small.size.height());
+        for (const Seen& s : {wide, tall}) {
+            // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
+            QCOMPARE(s.size.width(), s.label.width() + 66);
+            QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);
+            QCOMPARE(s.yes.top(), s.label.bottom() + 1 + 13);
+            QCOMPARE(s.yes.left(), (s.size.width() - 106) / 2);
+            QCOMPARE(s.no.left(), s.yes.left() + 60);
+            QCOMPARE(s.ok.left(), (s.size.width() - s.ok.width()) / 2);
+        }
+    }
+
+    void placedBelowTheCalibrationValues()
+    {
+        Forms::registerForm(QStringLiteral("YIBiao"), [] { return new QWidget; });
+        Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
+        CurrentForm = QStringLiteral("YIBiao");
+        QCOMPARE(showAndAnswer(QStringLiteral("标定成功!"), true, QStringLiteral("CmdMbOK")).pos, QPoint(120, 90 + 180));
+    }
 
 private:
     ConsoleHarness* h = nullptr;
 };
-
-void MbQuestionTest::answers_data()
-{
-    QTest::addColumn<bool>("isOk");
-    QTest::addColumn<QString>("button");  // empty: closed by the window's control
-    QTest::addColumn<bool>("before");
-    QTest::addColumn<bool>("result");
-    QTest::newRow("OK") << true << "CmdMbOK" << false << true;
-    QTest::newRow("Yes") << false << "CmdYes" << false << true;
-    QTest::newRow("No") << false << "CmdNo" << true << false;
-    QTest::newRow("closed, result kept true") << false << "" << true << true;
-    QTest::newRow("closed, result kept false") << true << "" << false << false;
-}
-
-void MbQuestionTest::answers()
-{
-    QFETCH(bool, isOk);
-    QFETCH(QString, button);
-    QFETCH(bool, before);
-    QFETCH(bool, result);
-    MbResult = before;
-    const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), isOk, button);
-    QCOMPARE(s.okShown, isOk);
-    QCOMPARE(s.yesShown, !isOk);
-    QCOMPARE(MbResult, result);
-    QVERIFY(!MbQuestion::showing());
-}
-
-void MbQuestionTest::sizeFollowsTheText()
-{
-    const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
-    const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
-    const Seen tall = showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
-    QVERIFY(wide.size.width() > small.size.width());
-    QVERIFY(tall.size.height() > small.size.height());
-    for (const Seen& s : {wide, tall}) {
-        // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
-        QCOMPARE(s.size.width(), s.label.width() + 66);
-        QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);
-        QCOMPARE(s.yes.top(), s.label.bottom() + 1 + 13);
-        QCOMPARE(s.yes.left(), (s.size.width() - 106) / 2);
-        QCOMPARE(s.no.left(), s.yes.left() + 60);
-        QCOMPARE(s.ok.left(), (s.size.width() - s.ok.width()) / 2);
-    }
-}
-
-void MbQuestionTest::placedBelowTheCalibrationValues()
-{
-    Forms::registerForm(QStringLiteral("YIBiao"), [] { return new QWidget; });
-    Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
-    CurrentForm = QStringLiteral("YIBiao");
-    QCOMPARE(showAndAnswer(QStringLiteral("标定成功!"), true, QStringLiteral("CmdMbOK")).pos, QPoint(120, 90 + 180));
-}
 
 QTEST_MAIN(MbQuestionTest)
 
