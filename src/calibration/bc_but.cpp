@@ -36,15 +36,8 @@ void setTextColor(QLabel* l, const QColor& c)
 BcBut::BcBut() : FormBase(QStringLiteral("BcBut"))
 {
     setFixedSize(kFormWidth, kFormHeight);
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
-    addHoverSurface(this);
 
-    lblXMName = addLabel(QStringLiteral("lblXMName"), QString(), {0, 12, kFormWidth, 40});
-    lblXMName->setAlignment(Qt::AlignCenter);
-    lblXMName->setStyleSheet(QStringLiteral("font-size: 22px; font-weight: bold; color: #17407a;"));
+    lblXMName = addTitle(QStringLiteral("lblXMName"), QString(), {0, 12, kFormWidth, 40}, 22);
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
 
     buildMenu();
@@ -84,9 +77,7 @@ void BcBut::buildGate()
 {
     picCom = addPanel(this, QStringLiteral("picCom"), {120, 162, 560, 236});
     addHoverSurface(picCom);
-    lblPassTitle = addLabel(QStringLiteral("lblPassTitle"), QString(), {0, 20, 560, 32}, picCom);
-    lblPassTitle->setAlignment(Qt::AlignCenter);
-    lblPassTitle->setStyleSheet(QStringLiteral("font-size: 18px; font-weight: bold; color: #17407a;"));
+    lblPassTitle = addTitle(QStringLiteral("lblPassTitle"), QString(), {0, 20, 560, 32}, 18, picCom);
     lblPassWord = addLabel(QStringLiteral("lblPassWord"), QString(), {60, 86, 140, 30}, picCom);
     lblPassWord->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     txtPassword = new QLineEdit(picCom);

@@ -23,16 +23,9 @@ constexpr int kWidth = 420;
 
 BcButHumid::BcButHumid() : FormBase(QStringLiteral("BcButHumid"))
 {
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
-    addHoverSurface(this);
 
     const QString title = LangText(QStringLiteral("HUMIDFORM"), QStringLiteral("HUMID001"), QStringLiteral("湿度标定 "));
-    lblFormTitle = addLabel(QStringLiteral("lblFormTitle"), title, {0, 10, kWidth, 36});
-    lblFormTitle->setAlignment(Qt::AlignCenter);
-    lblFormTitle->setStyleSheet(QStringLiteral("font-size: 20px; font-weight: bold; color: #17407a;"));
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), title, {0, 10, kWidth, 36}, 20);
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kWidth - 44, 10});
     LblBdTitle = addLabel(QStringLiteral("LblBdTitle"), title, {20, 60, kWidth - 40, 28});
     LblBdTitle->setStyleSheet(QStringLiteral("font-weight: bold; color: #404040;"));

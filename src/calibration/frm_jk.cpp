@@ -30,15 +30,8 @@ QString text(const char* key, const char* deflt)
 
 FrmJk::FrmJk() : FormBase(QStringLiteral("FrmJk"))
 {
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
-    addHoverSurface(this);
 
-    lblFormTitle = addLabel(QStringLiteral("lblFormTitle"), text("FRMJK001", "标秤记录"), {0, 10, kWidth, 36});
-    lblFormTitle->setAlignment(Qt::AlignCenter);
-    lblFormTitle->setStyleSheet(QStringLiteral("font-size: 20px; font-weight: bold; color: #17407a;"));
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), text("FRMJK001", "标秤记录"), {0, 10, kWidth, 36}, 20);
     ImageExit = addImage(this, QStringLiteral("ImageExit"), {kWidth - 44, 10, 32, 32}, ButtonSize::ExitIcon,
                          [this] { unloadLater(); });
 

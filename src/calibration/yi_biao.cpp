@@ -176,15 +176,8 @@ int CalibrationForm::decimals() const
 
 void CalibrationForm::buildForm()
 {
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
-    addHoverSurface(this);
 
-    LblBceng = addLabel(QStringLiteral("LblBceng"), QString(), {0, 10, kFormWidth, 36});
-    LblBceng->setAlignment(Qt::AlignCenter);
-    LblBceng->setStyleSheet(QStringLiteral("font-size: 20px; font-weight: bold; color: #17407a;"));
+    LblBceng = addTitle(QStringLiteral("LblBceng"), QString(), {0, 10, kFormWidth, 36}, 20);
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
 
     for (int i = 0; i < 3; ++i)

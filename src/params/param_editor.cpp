@@ -69,16 +69,9 @@ void setColor(QLabel* l, const QColor& c)
 ParamEditor::ParamEditor(const QString& formName, int boxCount, int rows, const char* loadLogName)
     : FormBase(formName), loadLogName_(loadLogName)
 {
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
 
-    lblFormTitle = addLabel(QStringLiteral("lblFormTitle"), QString(), {0, 10, kFormWidth, 36});
-    lblFormTitle->setAlignment(Qt::AlignCenter);
-    lblFormTitle->setStyleSheet(QStringLiteral("font-size: 20px; font-weight: bold; color: #17407a;"));
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), QString(), {0, 10, kFormWidth, 36}, 20);
     ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
-    addHoverSurface(this);
 
     for (int i = 0; i < 2; ++i) {
         auto open = [this, i] {

@@ -167,6 +167,11 @@ FormBase::FormBase(const QString& name, QWidget* parent) : QWidget(parent, Qt::F
     setObjectName(name);
     setMouseTracking(true);
     setAttribute(Qt::WA_DeleteOnClose, false);
+    setAutoFillBackground(true);
+    QPalette pal = palette();
+    pal.setColor(QPalette::Window, QColor(232, 238, 246));
+    setPalette(pal);
+    addHoverSurface(this);
 }
 
 namespace {
@@ -328,6 +333,15 @@ QFrame* FormBase::addPanel(QWidget* parent, const QString& name, const QRect& ge
                          .arg(id)
                          .arg(radius));
     return f;
+}
+
+QLabel* FormBase::addTitle(const QString& name, const QString& text, const QRect& geometry, int pixelSize,
+                           QWidget* parent)
+{
+    QLabel* l = addLabel(name, text, geometry, parent);
+    l->setAlignment(Qt::AlignCenter);
+    l->setStyleSheet(QStringLiteral("font-size: %1px; font-weight: bold; color: #17407a;").arg(pixelSize));
+    return l;
 }
 
 QLabel* FormBase::addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent)

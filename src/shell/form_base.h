@@ -67,6 +67,9 @@ public:
     void addHoverSurface(QWidget* surface);
     // A white panel with a rounded border: the pages, frames and panels the controls sit on.
     static QFrame* addPanel(QWidget* parent, const QString& name, const QRect& geometry, int radius = 8);
+    // A centred dark blue heading: the form's title or a panel's.
+    QLabel* addTitle(const QString& name, const QString& text, const QRect& geometry, int pixelSize,
+                     QWidget* parent = nullptr);
     // A label with the design's name; parent defaults to the form.
     QLabel* addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent = nullptr);
     // The shared exit question; on Yes the program ends through the main form's exit path.

@@ -28,14 +28,8 @@ QString plcText(const char* key, const char* deflt)
 PLC::PLC() : FormBase(QStringLiteral("PLC"))
 {
     setFixedSize(800, 560);
-    setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, QColor(232, 238, 246));
-    setPalette(pal);
 
-    lblFormTitle = addLabel(QStringLiteral("lblFormTitle"), QStringLiteral("秤控台V1.1.16"), {0, 14, 800, 40});
-    lblFormTitle->setAlignment(Qt::AlignCenter);
-    lblFormTitle->setStyleSheet(QStringLiteral("font-size: 22px; font-weight: bold; color: #17407a;"));
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), QStringLiteral("秤控台V1.1.16"), {0, 14, 800, 40}, 22);
     plantLabel = addLabel(QStringLiteral("Label1(2)"), QString(), {20, 520, 760, 24});
     plantLabel->setAlignment(Qt::AlignCenter);
     plantLabel->setStyleSheet(QStringLiteral("color: #4a5a70;"));
@@ -58,13 +52,10 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
     cmdExit = addImageButton(this, QStringLiteral("cmdExit"), QStringLiteral("LblExit"), {664, 486, 96, 32},
                              ButtonSize::Small, QString(), [this] { ExitSystem(); });
     cmdExit.setVisible(false);
-    addHoverSurface(this);
 
     // The login panel.
     picCom = addPanel(this, QStringLiteral("picCom"), {200, 110, 400, 300}, 10);
-    lblFormTitlePass = addLabel(QStringLiteral("lblFormTitlePass"), QString(), {0, 16, 400, 32}, picCom);
-    lblFormTitlePass->setAlignment(Qt::AlignCenter);
-    lblFormTitlePass->setStyleSheet(QStringLiteral("font-size: 18px; font-weight: bold; color: #17407a;"));
+    lblFormTitlePass = addTitle(QStringLiteral("lblFormTitlePass"), QString(), {0, 16, 400, 32}, 18, picCom);
     lblPassWord = addLabel(QStringLiteral("lblPassWord"), QString(), {30, 74, 130, 28}, picCom);
     lblPassWord->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     txtPassword = new QLineEdit(picCom);
