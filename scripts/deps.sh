@@ -1,11 +1,33 @@
 # Sourced by the run and test scripts: installs the Debian 12 packages the console is built with.
-ORVA_PACKAGES="cmake g++ ninja-build ccache qt6-base-dev qt6-base-dev-tools qt6-serialport-dev libqt6serialport6-dev
- libgl-dev xvfb xauth fonts-wqy-microhei"
+# One real package name a line, as dpkg records it once installed: a virtual name (one that another
+# package only provides) is never "installed" and would send every run to apt-get.
+ORVA_PACKAGES="
+cmake
+g++
+ninja-build
+ccache
+qt6-base-dev
+qt6-base-dev-tools
+qt6-serialport-dev
+libgl-dev
+xvfb
+xauth
+fonts-wqy-microhei
+clang
+libclang-rt-14-dev
+"
+
+# True when dpkg holds the package, or some installed package provides that name.
+orva_have_package() {
+    dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "ok installed" && return 0
+    dpkg-query -W -f='${Status} ${Provides}\n' 2>/dev/null | grep "ok installed" |
+        sed 's/([^)]*)//g' | tr ', ' '\n\n' | grep -qx "$1"
+}
 
 install_deps() {
     missing=""
     for p in $ORVA_PACKAGES; do
-        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing="$missing $p"
+        orva_have_package "$p" || missing="$missing $p"
     done
     [ -z "$missing" ] && return 0
     echo "Installing:$missing"

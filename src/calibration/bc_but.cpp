@@ -3,11 +3,11 @@
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QApplication>
 #include <QDate>
@@ -63,6 +63,7 @@ BcBut::BcBut() : FormBase(QStringLiteral("BcBut"))
     loadCaptions();
     for (const ImageButton& b : ImgBd)
         b.caption->setToolTip(b.caption->text());
+    fillNameBoxes();
     selectTab(0);
     if (CNameMissing)
         ImageCNameIni.setVisible(false);
@@ -82,7 +83,7 @@ void BcBut::buildGate()
     lblPassWord->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     txtPassword = new QLineEdit(picCom);
     txtPassword->setObjectName(QStringLiteral("txtPassword"));
-    txtPassword->setEchoMode(QLineEdit::Password);
+    showStars(txtPassword);
     txtPassword->setGeometry(212, 86, 220, 30);
     connect(txtPassword, &QLineEdit::returnPressed, this, [this] { cmdOk(); });
     cmdOK = addImageButton(picCom, QStringLiteral("cmdOK"), QStringLiteral("lblOK"), {150, 164, 110, 36},
@@ -110,10 +111,11 @@ void BcBut::buildMenu()
             addImageButton(PicBcBut[0], IndexedName("ImgBd", i), IndexedName("LblBd", i), at, ButtonSize::Scale,
                            QString::fromUtf8(kDesignCaptions[i]), [this, i] { scaleClicked(i); });
     }
+    buildNameTabs();
     ImageCNameIni = addImageButton(PicBcBut[1], QStringLiteral("ImageCNameIni"), QStringLiteral("LblCNameIni"),
-                                   {440, 300, 160, 36}, ButtonSize::Small, QString(), {});
+                                   {440, 300, 160, 36}, ButtonSize::Small, QString(), [this] { restoreFactoryNames(); });
     ImgBdOk = addImageButton(PicBiaoC, QStringLiteral("ImgBdOk"), QStringLiteral("lblBdOk"), {504, 400, 116, 36},
-                             ButtonSize::Small, QString(), {});
+                             ButtonSize::Small, QString(), [this] { bdOkClicked(); });
     PicBiaoC->hide();
 
     // The calibration entries beside the working area, shown once the gate is passed.

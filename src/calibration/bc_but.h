@@ -49,6 +49,18 @@ private:
     void hardwareReplied();
     void helpClicked();
     void returnClicked();
+
+    // The name and bin tabs (bc_but_names.cpp)
+    void buildNameTabs();
+    void fillNameBoxes();
+    void rebuildNameCaptions();
+    void bdOkClicked();
+    void setScaleNames();
+    void setBinNames();
+    void WriteCNameIni();
+    void WriteCNameSepIni();
+    void networkCopy();
+    void restoreFactoryNames();
     void gateReturnClicked();
     // Opens a form of the menu if it is part of this build; true when it was opened.
     bool openForm(const QString& name, bool hideMenu);
@@ -60,6 +72,10 @@ private:
     ImageButton ImgSensor, ImgHard, ImgHelp, ImgBdjk, ImgElect, ImageCNameIni, ImgBdOk;
     std::array<ImageButton, 3> ImgBdTap{};
     std::array<ImageButton, 14> ImgBd{};
+    std::array<QLabel*, 14> LblCansd{};
+    std::array<QLineEdit*, 14> TxtDCansd{};
+    std::array<QLabel*, 22> LblCansdName{};
+    std::array<QLineEdit*, 22> TxtDCansdName{};
 
     int wrongCodes_ = 0;
     bool firstNaming_ = false;

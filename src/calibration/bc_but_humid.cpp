@@ -1,8 +1,8 @@
 #include "calibration/bc_but_humid.h"
 
 #include "common/module1.h"
-#include "link/form_access.h"
-#include "shell/lang.h"
+#include "common/form_access.h"
+#include "common/lang.h"
 
 namespace {
 struct Probe {

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <limits>
+
 namespace {
 const QString kSeparator(52, QLatin1Char('#'));
 const QString kHiddenFolder = QStringLiteral("C:\\Program Files\\MswSpool");
@@ -91,64 +93,118 @@ void AppendOpRecord(const QString& scaleTitle, const QString& time, const QStrin
                                QLatin1Char('\n'));
 }
 
-QStringList SplitListInput(const QString& line)
+namespace {
+// Calls f with each item of a line, as SplitListInput splits it, without copying.
+template <class F> void forEachListItem(QStringView line, F&& f)
 {
-    QStringList items;
+    auto blank = [](QChar c) { return c == QLatin1Char(' ') || c == QLatin1Char('\t'); };
     qsizetype i = 0;
     const qsizetype n = line.size();
     while (true) {
-        while (i < n && (line.at(i) == QLatin1Char(' ') || line.at(i) == QLatin1Char('\t')))
+        while (i < n && blank(line[i]))
             ++i;
-        QString item;
-        if (i < n && line.at(i) == QLatin1Char('"')) {
+        if (i < n && line[i] == QLatin1Char('"')) {
             const qsizetype close = line.indexOf(QLatin1Char('"'), i + 1);
             const qsizetype end = close < 0 ? n : close;
-            item = line.mid(i + 1, end - i - 1);
+            f(line.sliced(i + 1, end - i - 1));
             i = close < 0 ? n : close + 1;
             // Whatever follows the closing quote up to the comma is skipped.
-            while (i < n && line.at(i) != QLatin1Char(','))
+            while (i < n && line[i] != QLatin1Char(','))
                 ++i;
         } else {
             const qsizetype comma = line.indexOf(QLatin1Char(','), i);
             const qsizetype end = comma < 0 ? n : comma;
-            item = line.mid(i, end - i).trimmed();
+            f(line.sliced(i, end - i).trimmed());
             i = end;
         }
-        items << item;
         if (i >= n)
             break;
         ++i;  // past the comma
         if (i >= n)
             break;  // a comma at the end of the line ends the item list
     }
+}
+
+bool lineEnd(QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); }
+
+}  // namespace
+
+QString OpRecords::field(int row, int column) const
+{
+    const size_t k = size_t(row) * kColumns + size_t(column);
+    if (row < 0 || column < 0 || column >= kColumns || k >= ends_.size())
+        return {};
+    const quint32 begin = k == 0 ? 0 : ends_[k - 1];
+    return QString::fromUtf8(text_.constData() + begin, qsizetype(ends_[k] - begin));
+}
+
+void OpRecords::clear()
+{
+    text_ = QByteArray();
+    ends_ = std::vector<quint32>();
+}
+
+void OpRecords::squeeze()
+{
+    text_.squeeze();
+    ends_.shrink_to_fit();
+}
+
+void OpRecords::append(QStringView item)
+{
+    const qsizetype at = text_.size();
+    // Beyond four gigabytes of items the table is full, as the old grid was at its row limit.
+    if (quint64(at) + quint64(item.size()) * 3 >= std::numeric_limits<quint32>::max())
+        return;
+    bool ascii = true;
+    for (QChar c : item)
+        ascii = ascii && c.unicode() < 0x80;
+    if (ascii) {
+        text_.resize(at + item.size());
+        char* p = text_.data() + at;
+        for (QChar c : item)
+            *p++ = char(c.unicode());
+    } else {
+        text_.append(item.toUtf8());
+    }
+    ends_.push_back(quint32(text_.size()));
+}
+
+QStringList SplitListInput(const QString& line)
+{
+    QStringList items;
+    forEachListItem(line, [&](QStringView item) { items << item.toString(); });
     return items;
 }
 
-QList<OpRecordRow> ReadOpRecords(const QString& path)
+namespace {
+// One pass: lines end at CR or LF, and an empty line is one empty item, which is dropped like the others.
+OpRecords parse(QStringView text)
 {
-    QList<OpRecordRow> rows;
+    OpRecords records;
+    auto take = [&records](QStringView item) {
+        if (!item.isEmpty())
+            records.append(item);
+    };
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        if (i < text.size() && !lineEnd(text[i]))
+            continue;
+        if (i > start)
+            forEachListItem(text.sliced(start, i - start), take);
+        start = i + 1;
+    }
+    records.squeeze();
+    return records;
+}
+}  // namespace
+
+OpRecords ParseOpRecords(const QByteArray& bytes) { return parse(TextFile::decode(bytes)); }
+
+OpRecords ReadOpRecords(const QString& path)
+{
     QString text;
     if (!TextFile::read(path, &text))
-        return rows;
-    // The last line end does not start another (empty) line.
-    if (text.endsWith(QLatin1Char('\n')))
-        text.chop(text.endsWith(QLatin1String("\r\n")) ? 2 : 1);
-    else if (text.endsWith(QLatin1Char('\r')))
-        text.chop(1);
-    if (text.isEmpty())
-        return rows;
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    int c = 0;
-    for (const QStringView line : QStringView(text).split(QLatin1Char('\n'))) {
-        for (const QString& item : SplitListInput(line.toString())) {
-            if (item.isEmpty())
-                continue;
-            if (c == 0)
-                rows.append(OpRecordRow{});
-            rows.last()[size_t(c)] = item;
-            c = c < 6 ? c + 1 : 0;
-        }
-    }
-    return rows;
+        return {};
+    return parse(text);
 }

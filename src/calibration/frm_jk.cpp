@@ -2,13 +2,17 @@
 
 #include "calibration/cal_records.h"
 #include "common/app_paths.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QDateEdit>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QTableView>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace {
 constexpr int kWidth = 760;
@@ -27,6 +31,48 @@ QString text(const char* key, const char* deflt)
     return LangText(QStringLiteral("LANFRMJKFORM"), QLatin1String(key), QString::fromUtf8(deflt));
 }
 }  // namespace
+
+int OpRecordModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : records_.rowCount();
+}
+
+int OpRecordModel::columnCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : OpRecords::kColumns; }
+
+QVariant OpRecordModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    if (role == Qt::DisplayRole)
+        return records_.field(index.row(), index.column());
+    if (role == Qt::TextAlignmentRole)
+        return int(Qt::AlignCenter);
+    return {};
+}
+
+QVariant OpRecordModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole)
+        return headers_.value(section);
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole)
+        return int(Qt::AlignCenter);
+    return QAbstractTableModel::headerData(section, orientation, role);
+}
+
+void OpRecordModel::setHeaders(const QStringList& headers)
+{
+    headers_ = headers;
+    emit headerDataChanged(Qt::Horizontal, 0, OpRecords::kColumns - 1);
+}
+
+void OpRecordModel::setRecords(OpRecords records)
+{
+    beginResetModel();
+    records_ = std::move(records);
+    endResetModel();
+}
+
+void OpRecordModel::clear() { setRecords({}); }
 
 FrmJk::FrmJk() : FormBase(QStringLiteral("FrmJk"))
 {
@@ -55,13 +101,17 @@ FrmJk::FrmJk() : FormBase(QStringLiteral("FrmJk"))
     Command2->hide();
     connect(Command2, &QPushButton::clicked, this, [this] { ReadRecords(); });
 
-    MSGrid = new QTableWidget(0, 7, this);
+    model_ = new OpRecordModel(this);
+    MSGrid = new QTableView(this);
     MSGrid->setObjectName(QStringLiteral("MSGrid"));
+    MSGrid->setModel(model_);
     MSGrid->setGeometry(10, 96, kWidth - 20, 420);
     MSGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     MSGrid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    MSGrid->horizontalHeader()->setDefaultAlignment(Qt::AlignCenter);
-    MSGrid->horizontalHeader()->setStretchLastSection(true);
+    MSGrid->setWordWrap(false);
+    MSGrid->horizontalHeader()->setStretchLastSection(false);
+    // Fixed heights: the view never measures rows, however many there are.
+    MSGrid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     MSGrid->verticalHeader()->setDefaultSectionSize(24);
     MSGrid->setAlternatingRowColors(true);
     setFixedSize(kWidth, 530);
@@ -75,9 +125,18 @@ void FrmJk::showEvent(QShowEvent* e)
         DTPicker1->setDate(QDate::currentDate());
     }
     for (int c = 0; c < 7; ++c)
-        MSGrid->setColumnWidth(c, kColumnTwips[c] / 15);
+        MSGrid->setColumnWidth(c, qRound(kColumnTwips[c] / 15.0));
     FileName = QStringLiteral("BiaoCeng.txt");
     ReadRecords();
+}
+
+FrmJk::~FrmJk()
+{
+    // The list may have been long: its memory goes back to the system with the form, not at exit.
+    model_->clear();
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 void FrmJk::writeHeaders()
@@ -85,29 +144,16 @@ void FrmJk::writeHeaders()
     QStringList headers;
     for (const Header& h : kHeaders)
         headers << text(h.key, h.text);
-    MSGrid->setHorizontalHeaderLabels(headers);
+    model_->setHeaders(headers);
 }
 
 void FrmJk::ReadRecords()
 {
-    MSGrid->clearContents();
-    MSGrid->setRowCount(0);
+    // The old rows go before the file is read, so that two lists are never held at once.
+    model_->clear();
     writeHeaders();
     const QString path = AppPaths::inApp(QStringLiteral("Data/") + FileName);
     if (AppPaths::Dir(path, false).isEmpty())
         return;
-    const QList<OpRecordRow> rows = ReadOpRecords(path);
-    MSGrid->setUpdatesEnabled(false);
-    MSGrid->setRowCount(int(rows.size()));
-    for (int r = 0; r < rows.size(); ++r) {
-        for (int c = 0; c < 7; ++c) {
-            const QString& v = rows[r][size_t(c)];
-            if (v.isEmpty())
-                continue;  // the last row of a file may end short
-            auto* item = new QTableWidgetItem(v);
-            item->setTextAlignment(Qt::AlignCenter);
-            MSGrid->setItem(r, c, item);
-        }
-    }
-    MSGrid->setUpdatesEnabled(true);
+    model_->setRecords(ReadOpRecords(path));
 }

@@ -1,8 +1,8 @@
 #include "calibration/mb_question.h"
 
 #include "common/module1.h"
-#include "link/form_access.h"
-#include "shell/lang.h"
+#include "common/form_access.h"
+#include "common/lang.h"
 
 #include <QApplication>
 #include <QGuiApplication>
@@ -76,7 +76,7 @@ void MbQuestion::layoutAndPlace()
 {
     const int w = LblAsk->width() + tw(1000);
     const int h = LblAsk->y() + LblAsk->height() + tw(1200);
-    setFixedSize(qMax(w, tw(2600)), h);
+    setFixedSize(w, h);
     const int top = LblAsk->y() + LblAsk->height() + tw(200);
     CmdYes->move((width() - tw(1600)) / 2, top);
     CmdNo->move(CmdYes->x() + tw(905), top);

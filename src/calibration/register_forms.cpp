@@ -3,7 +3,7 @@
 #include "calibration/frm_jk.h"
 #include "calibration/yi_biao.h"
 #include "calibration/yi_biao_humid_new.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "shell/app_setup.h"
 
 void RegisterCalibrationForms()

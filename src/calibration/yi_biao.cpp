@@ -1,25 +1,21 @@
+// The calibration forms as the operator meets them: their layout, captions and pictures. The procedures
+// are in yi_biao_procedure.cpp, the option tab in yi_biao_options.cpp.
 #include "calibration/yi_biao.h"
+#include "calibration/yi_biao_support.h"
 
-#include "calibration/cal_records.h"
-#include "common/error_log.h"
 #include "common/module1.h"
+#include "common/form_access.h"
+#include "common/lang.h"
 #include "common/scale_table.h"
-#include "common/vbtext.h"
-#include "link/form_access.h"
-#include "link/frame_codec.h"
-#include "link/link_engine.h"
-#include "link/register_map.h"
-#include "shell/lang.h"
+#include "shell/key_filter.h"
 
 #include <QCheckBox>
-#include <QCursor>
 #include <QFrame>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPainterPath>
-#include <QTimer>
-#include <cmath>
+
+using namespace calform;
 
 namespace {
 constexpr int kFormWidth = 660;
@@ -103,13 +99,6 @@ QPixmap displayPicture()
     return pm;
 }
 
-void setTextColor(QLabel* l, const QColor& c)
-{
-    QPalette p = l->palette();
-    p.setColor(QPalette::WindowText, c);
-    l->setPalette(p);
-}
-
 QLabel* valueBox(QWidget* parent, const QString& objectName, const QRect& geometry)
 {
     auto* l = new QLabel(parent);
@@ -119,42 +108,6 @@ QLabel* valueBox(QWidget* parent, const QString& objectName, const QRect& geomet
     l->setStyleSheet(QStringLiteral("QLabel { background: #10202c; color: #6fe36f; border-radius: 4px; "
                                     "padding-right: 8px; font-size: 20px; font-weight: bold; }"));
     return l;
-}
-
-int hexDigitOf(const QString& text, bool first)
-{
-    const QString t = Trim(text);
-    if (t.isEmpty())
-        return 0;
-    return int(Val(QStringLiteral("&H") + (first ? t.front() : t.back())));
-}
-
-template <class F> void trapped(const char* routine, F&& f)
-{
-    try {
-        f();
-    } catch (const VbError& e) {
-        LogProgramError(QStringLiteral("YIBiao"), QLatin1String(routine), QString::number(e.number), e.description());
-    } catch (const std::exception& e) {
-        LogProgramError(QStringLiteral("YIBiao"), QLatin1String(routine), QStringLiteral("5"),
-                        QString::fromLocal8Bit(e.what()));
-    }
-}
-
-void askBox(const QString& text)
-{
-    MbText = text;
-    MbIsOk = false;
-    ShowMbQuestion();
-}
-
-void okBox(const QString& text, bool error)
-{
-    MbText = text;
-    MbIsOk = true;
-    MbIsError = error;
-    ShowMbQuestion();
-    MbResult = false;
 }
 }  // namespace
 
@@ -236,6 +189,7 @@ void CalibrationForm::buildForm()
     TxtFmzL->setGeometry(150, 6, 150, 32);
     TxtFmzL->setAlignment(Qt::AlignRight);
     TxtFmzL->installEventFilter(this);
+    RestrictKeys(TxtFmzL, QStringLiteral("1234567890."), true);
     connect(TxtFmzL, &QLineEdit::textChanged, this, [this](const QString& t) {
         if (t.startsWith(QLatin1Char('.')))
             TxtFmzL->setText(QLatin1Char('0') + t);
@@ -280,234 +234,6 @@ void CalibrationForm::showEvent(QShowEvent* e)
 {
     LoadSysData();  // the operator's name for the records
     FormBase::showEvent(e);
-}
-
-void CalibrationForm::hideResults()
-{
-    LbLBLwc->hide();
-    LbLBZwc->hide();
-}
-
-void CalibrationForm::ReadLiveOnce()
-{
-    StepNo = 51;
-    SendFlag = true;
-    send_recieve(BuildReadFrameWords(QLatin1String(kLiveBlock), kLiveWords));
-    LiveReadDone = false;
-}
-
-void CalibrationForm::StartLivePolling()
-{
-    ReadLiveOnce();
-    Link().Timer1.start();
-}
-
-void CalibrationForm::SelectTab(int index)
-{
-    ZeroMode = index == 1;
-    SpanMode = index == 2;
-    ImageZero->setVisible(ZeroMode);
-    ImageWeight->setVisible(SpanMode);
-    selectTab(ImgBd, index);
-    PicYiBiao[0]->setVisible(index == 0);
-    PicYiBiao[1]->setVisible(index != 0);
-    ImgBdOk.setVisible(index != 0);
-}
-
-void CalibrationForm::ShowStepHint()
-{
-    Picbz->setVisible(SpanMode);
-    lblBiaoZero->show();
-    if (ZeroMode)
-        CalBitMask = BitOperand(CalZeroDevice);
-    else if (SpanMode)
-        CalBitMask = BitOperand(CalSpanDevice);
-}
-
-void CalibrationForm::PrepareEntry()
-{
-    trapped("PrepareEntry", [&] {
-        const int d = decimals();
-        const QString shown = Format(Val(TxtFmzL->text()), d == 0 ? QStringLiteral("#0")
-                                                                  : QStringLiteral("#0.") + QString(d, QLatin1Char('0')));
-        if (TxtFmzL->text() != shown)
-            TxtFmzL->setText(shown);
-        TxtFm->setText(NumText(std::round(Val(TxtFmzL->text()) * std::pow(10.0, d))));
-    });
-}
-
-void CalibrationForm::StoreCalValues(int scale)
-{
-    if (scale < 0 || scale > 15)
-        throw VbError(kErrSubscript, QStringLiteral("Subscript out of range"));
-    const QString now = CalTimeText(CalNow());
-    if (ZeroMode) {
-        BiaoZeroTime[scale] = now;
-        BiaoZeroADValue[scale] = LbLADv->text();
-        BiaoZeroWTValue[scale] = LblZLv->text();
-    }
-    if (SpanMode) {
-        BiaoWeightTime[scale] = now;
-        BiaoWeightADValue[scale] = LbLADv->text();
-        BiaoWeightWTValue[scale] = LblZLv->text();
-        BiaoWeightFMValue[scale] = TxtFmzL->text();
-    }
-}
-
-void CalibrationForm::okClicked()
-{
-    if (ZeroMode) {
-        hideResults();
-        BLHandle();
-    } else if (SpanMode) {
-        BZHandle();
-    }
-}
-
-void CalibrationForm::BLHandle()
-{
-    trapped("BLHandle", [&] {
-        askBox(texts.askZero);
-        if (MbResult)
-            start(false);
-    });
-}
-
-void CalibrationForm::BZHandle()
-{
-    trapped("BZHandle", [&] {
-        if (!spanEntryValid())
-            return;
-        askBox(texts.askSpan);
-        if (MbResult)
-            start(true);
-    });
-}
-
-// Timer1 goes off before the request is raised, so that no live read is in flight when Timer3 sends.
-void CalibrationForm::start(bool span)
-{
-    Link().Timer1.stop();
-    LiveReadDone = false;
-    (span ? SpanRequest : ZeroRequest) = true;
-    Link().Timer3.start();
-    (span ? SpanDone : ZeroDone) = false;
-    setStatus(span ? LbLBZwc : LbLBLwc, span ? texts.busySpan : texts.busyZero, false);
-}
-
-void CalibrationForm::statusChanged()
-{
-    QString t = txtBCSuccessRead->text();
-    if (t == QLatin1String("XXX"))
-        return;  // the form's own reset
-    if (t.isEmpty()) {
-        txtBCSuccessRead->setText(QStringLiteral("0"));
-        t = txtBCSuccessRead->text();
-    }
-    if (t.size() != 4)
-        return;
-    trapped("txtBCSuccessRead_Change", [&] {
-        int d = hexDigitOf(t, true);
-        if (d >= 8) {  // S999: the controller took the calibration
-            OptionBits[3] = QStringLiteral("1");
-            d -= 8;
-            StoreCalValues(ScaleNo);
-            const bool zero = ZeroMode && !ZeroDone;
-            const bool span = SpanMode && !SpanDone;
-            if (zero || span) {
-                (zero ? ZeroDone : SpanDone) = true;
-                setStatus(zero ? LbLBLwc : LbLBZwc, zero ? texts.doneZero : texts.doneSpan, true);
-                zero ? AppendZeroRecord(ScaleNo) : AppendWeightRecord(ScaleNo);
-                if (writesOpRecord()) {
-                    CalOperation = zero ? QStringLiteral("标零") : QStringLiteral("标重");
-                    AppendOpRecord(ScaleTitle, CalTimeText(CalNow()), OperatorName, CalOperation, LbLADv->text(),
-                                   LblZLv->text(), TxtFmzL->text());
-                }
-            }
-            // One read only: AD and weight stand at the values of the calibration.
-            ReadLiveOnce();
-        } else {
-            OptionBits[3] = QStringLiteral("0");
-        }
-        if (d >= 4) {  // S998: refused
-            OptionBits[2] = QStringLiteral("1");
-            d -= 4;
-            if (ZeroMode && !ZeroDone) {
-                ZeroDone = true;
-                setStatus(LbLBLwc, texts.refusedZero, false);
-            }
-            if (SpanMode && !SpanDone) {
-                SpanDone = true;
-                setStatus(LbLBZwc, texts.refusedSpan, false);
-            }
-            StartLivePolling();
-        } else {
-            OptionBits[2] = QStringLiteral("0");
-        }
-        if (OptionBits[2] == QLatin1String("0") && OptionBits[3] == QLatin1String("0")) {
-            if (ZeroMode && !ZeroDone) {
-                ZeroDone = true;
-                setStatus(LbLBLwc, texts.errorZero, false);
-            }
-            if (SpanMode && !SpanDone) {
-                SpanDone = true;
-                setStatus(LbLBZwc, texts.errorSpan, false);
-            }
-            StartLivePolling();
-        }
-    });
-    txtBCSuccessRead->setText(QStringLiteral("XXX"));
-}
-
-void CalibrationForm::returnClicked()
-{
-    Link().Timer1.stop();
-    Link().Timer2.stop();
-    StepNo = 444;
-    LiveReadDone = false;
-    const QString back = returnForm();
-    unloadLater();
-    Forms::show(back);
-}
-
-void CalibrationForm::entryKey(QKeyEvent* e, bool* drop)
-{
-    *drop = false;
-    if (e->key() == Qt::Key_Return || e->key() == Qt::Key_Enter) {
-        PrepareEntry();
-        // The pointer goes onto the box, ready for the OK button.
-        QCursor::setPos(TxtFmzL->mapToGlobal(QPoint(7, 7)));
-        *drop = true;
-        return;
-    }
-    if (e->key() == Qt::Key_Backspace)
-        return;
-    const QString t = e->text();
-    if (t.isEmpty() || (e->modifiers() & (Qt::ControlModifier | Qt::AltModifier)))
-        return;  // keys without a character never reach the filter
-    const QChar c = t.front();
-    if (!QStringLiteral("1234567890.").contains(c))
-        *drop = true;
-    else if (c == QLatin1Char('.') && TxtFmzL->text().contains(QLatin1Char('.')) &&
-             !TxtFmzL->selectedText().contains(QLatin1Char('.')))
-        *drop = true;
-}
-
-bool CalibrationForm::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched == TxtFmzL) {
-        if (event->type() == QEvent::KeyPress) {
-            bool drop = false;
-            entryKey(static_cast<QKeyEvent*>(event), &drop);
-            if (drop)
-                return true;
-        } else if (event->type() == QEvent::FocusIn) {
-            QTimer::singleShot(0, TxtFmzL, [e = TxtFmzL] { e->selectAll(); });
-        }
-    } else if (event->type() == QEvent::MouseMove && (watched == Picbz || watched == PicYiBiao[1])) {
-        PrepareEntry();
-    }
-    return FormBase::eventFilter(watched, event);
 }
 
 // ---- YIBiao: the weight form, with the option tab and the current variant ----
@@ -622,31 +348,6 @@ void YIBiao::buildOptionPage()
     connect(txtTzxxZeroRead, &QLineEdit::textChanged, this, [this] { switchWordRead(true); });
 }
 
-void YIBiao::ReadOptions()
-{
-    StepNo = 20;
-    SendFlag = true;
-    send_recieve(BuildReadFrameBytes(OptionDevice, 2));
-}
-
-void YIBiao::tabClicked(int index)
-{
-    hideResults();
-    if (index == 0) {
-        Link().Timer1.stop();
-        LiveReadDone = false;
-        ReadOptions();
-    } else {
-        if (!current_ && !(Check2[0]->isChecked() && !Check2[1]->isChecked())) {
-            okBox(text("YIBIAO011", "调校之前,零位跟踪功能需关闭,全部调校完成之后再开启!"), false);
-            return;
-        }
-        StartLivePolling();
-    }
-    SelectTab(index);
-    ShowStepHint();
-}
-
 void YIBiao::ShowStepHint()
 {
     CalibrationForm::ShowStepHint();
@@ -667,111 +368,4 @@ void YIBiao::ShowStepHint()
     // Chosen by the language number, not by the language file.
     lblFmzL->setText(LangNo == 2 ? QStringLiteral("Please input current fact value") : QStringLiteral("请输入实测电流值:"));
     LblCansd[1]->setText(LangNo == 2 ? QStringLiteral("Current value:") : QStringLiteral("电流显示值:"));
-}
-
-bool YIBiao::spanEntryValid()
-{
-    const double v = Val(TxtFmzL->text());
-    if (current_) {
-        if (v >= 1 && v <= 400) {
-            PrepareEntry();
-            TxtFm->setText(NumText(Val(TxtFmzL->text())));
-            return true;
-        }
-        askBox(LangNo == 2 ? QStringLiteral("Please check! Current range is:(1-400)A")
-                           : QStringLiteral("请检查!当前电流的输入范围为:(1-400)A"));
-        if (MbResult)
-            TxtFmzL->setFocus();
-        return false;
-    }
-    const QString zeros(std::max(0, 2 - decimals()), QLatin1Char('0'));
-    if (v >= 1 && v <= Val(QStringLiteral("300") + zeros)) {
-        PrepareEntry();
-        return true;
-    }
-    okBox(text("YIBIAO017", "请检查!当前砝码重量的输入范围为:") + QStringLiteral("(1-300") + zeros + QStringLiteral(")Kg"),
-          false);
-    TxtFmzL->setFocus();
-    return false;
-}
-
-// ---- the option tab ----
-
-void YIBiao::switchWordRead(bool tracking)
-{
-    QLineEdit* slot = tracking ? txtTzxxZeroRead : txtTzxxRead;
-    if (slot->text().isEmpty())
-        slot->setText(QStringLiteral("0"));
-    const QString t = slot->text();
-    if (t.size() != 4)
-        return;
-    SwitchesLive = false;
-    std::array<QString, 8>& bits = tracking ? TrackBits : OptionBits;
-    const int hi = hexDigitOf(t, true), lo = hexDigitOf(t, false);
-    for (int k = 0; k < 4; ++k) {
-        bits[size_t(k)] = (hi >> k) & 1 ? QStringLiteral("1") : QStringLiteral("0");
-        bits[size_t(k + 4)] = (lo >> k) & 1 ? QStringLiteral("1") : QStringLiteral("0");
-    }
-    QCheckBox* const* pair = tracking ? Check2 : Check1;
-    const bool on = bits[tracking ? 0 : 5] == QLatin1String("1");
-    pair[0]->setChecked(on);
-    pair[1]->setChecked(!on);
-    SwitchesLive = true;
-}
-
-void YIBiao::modeClicked(int index, bool checked)
-{
-    if (!SwitchesLive)
-        return;
-    Check1[1 - index]->setChecked(!checked);
-    // Check1(10) is the plain mode: bit on.
-    OptionBits[5] = (index == 0) == checked ? QStringLiteral("1") : QStringLiteral("0");
-    writeSwitchWord(false);
-}
-
-void YIBiao::trackClicked(int index, bool checked)
-{
-    if (!SwitchesLive)
-        return;
-    Check2[1 - index]->setChecked(!checked);
-    // The bit is on when tracking is off: Check2(0) "off" ticked.
-    TrackBits[0] = (index == 0) == checked ? QStringLiteral("1") : QStringLiteral("0");
-    if (index == 0) {
-        if (checked)
-            setStatus(LblTzxxZeroTip, text("YIBIAO031", "零位跟踪功能已关闭！"), false);
-        else
-            setStatus(LblTzxxZeroTip, text("YIBIAO032", "零位跟踪功能已开启！"), true);
-    }
-    writeSwitchWord(true);
-}
-
-void YIBiao::writeSwitchWord(bool tracking)
-{
-    const std::array<QString, 8>& bits = tracking ? TrackBits : OptionBits;
-    auto v = [&](int k) { return int(Val(bits[size_t(k)])); };
-    const int a = v(0) + 2 * v(1) + 4 * v(2) + 8 * v(3);
-    const int b = v(4) + 2 * v(5) + 4 * v(6) + 8 * v(7);
-    // The middle digits are foreign bits of the snapshot taken at the read: carried, not changed.
-    const QString word = Hex(a) + Mid(Trim((tracking ? txtTzxxZeroRead : txtTzxxRead)->text()), 2, 2) + Hex(b);
-    if (tracking)
-        TrackWord = word;
-    if (word.size() == 4 && SwitchesLive) {
-        StepNo = tracking ? 23 : 21;
-        SendFlag = true;
-        send_recieve(GetWrite_TSCMXY(tracking ? QLatin1String(kSystemOptions) : OptionDevice, word, 4));
-        if (!tracking)
-            setStatus(LblTzxxTip, text("YIBIAO029", "正在调整调校方式,请稍候......"), false);
-        return;
-    }
-    QString& reported = tracking ? reportedTrackWord_ : reportedModeWord_;
-    if (word.size() == 2 && word != reported) {
-        // The read did not arrive: the link's fault text, once for a given word.
-        reported = word;
-        okBox(ComText(QStringLiteral("COM016"), QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM017"), QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM018"), QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM019"), QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
-                  QString::number(PortNo) + QLatin1Char(',') + ComText(QStringLiteral("COM020"), QStringLiteral("且接触良好。")),
-              true);
-    }
 }

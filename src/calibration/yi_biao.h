@@ -81,7 +81,7 @@ private:
     void start(bool span);
     void returnClicked();
     void statusChanged();
-    void entryKey(QKeyEvent* e, bool* drop);
+    bool entryKey(QKeyEvent* e);
 };
 
 class YIBiao : public CalibrationForm {

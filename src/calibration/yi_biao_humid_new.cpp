@@ -2,7 +2,7 @@
 
 #include "common/module1.h"
 #include "common/vbtext.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QFrame>
 #include <QLineEdit>

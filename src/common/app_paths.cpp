@@ -78,6 +78,25 @@ QString partnerShare(const QString& host, const QString& windowsPath)
     return inApp(QStringLiteral("stations/") + host) + local.mid(appFolder().size());
 }
 
+QString fromWindows(const QString& path)
+{
+    const QString p = path.trimmed();
+    // What the design appends to it ("\\Data") comes with a backslash even behind a path of this station.
+    if (p.startsWith(QLatin1Char('/')) && !p.startsWith(QLatin1String("//"))) return QDir::cleanPath(slashes(p));
+    static const QRegularExpression unc(QStringLiteral("^[\\\\/]{2}([^\\\\/]+)[\\\\/]+([^\\\\/]+)(.*)$"));
+    const auto m = unc.match(p);
+    if (m.hasMatch()) {
+        const QString host = m.captured(1), share = m.captured(2), rest = m.captured(3);
+        static const QRegularExpression adminShare(QStringLiteral("^([A-Za-z])\\$$"));
+        const auto a = adminShare.match(share);
+        if (a.hasMatch()) return partnerShare(host, a.captured(1) + QLatin1Char(':') + rest);
+        return inApp(QStringLiteral("stations/") + host + QLatin1Char('/') + share + slashes(rest));
+    }
+    static const QRegularExpression drive(QStringLiteral("^[A-Za-z]:"));
+    if (drive.match(p).hasMatch()) return systemDrive(p);
+    return inApp(p);
+}
+
 void setHidden(const QString& path)
 {
     QString listFile, name;

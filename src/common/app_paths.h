@@ -17,6 +17,11 @@ QString systemDrive(const QString& windowsPath);  // "C:\Program Files\MswSpool"
 // The partner station's administrative share ("\\host\C$\..."): mounted at stations/<host>/drive_c.
 QString partnerShare(const QString& host, const QString& windowsPath);
 
+// A folder as the plant's Windows stations write it, at its place here: "\\host\X$\..." on the share of
+// that host (stations/<host>/drive_x/...), "\\host\share\..." at stations/<host>/share/..., "X:\..." on
+// drive_x. A path that begins with "/" is already one of this station; any other is below the application folder.
+QString fromWindows(const QString& path);
+
 // The hidden attribute: the name is listed in the folder's ".hidden" file, which file managers honour.
 void setHidden(const QString& path);
 bool isHidden(const QString& path);

@@ -18,5 +18,5 @@ void EndProgram()
         EndProgramHook();
         return;
     }
-    QCoreApplication::quit();
+    QCoreApplication::exit(0);  // every event loop, a modal box's too, without asking the windows again
 }

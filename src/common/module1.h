@@ -2,6 +2,7 @@
 // The shared store: link state, flags by which forms and timers talk, devices of the selected scale,
 // language and message-box globals. Flags are the design's 16-bit booleans, held as bool.
 #include <QString>
+#include <array>
 #include <functional>
 
 // Link state
@@ -9,6 +10,9 @@ inline short StepNo = 444;  // 444: no reply is wanted
 inline bool SendFlag = true;
 inline short ExpectedReplyLen = 0;
 inline QString WriteImage = QString(152, QLatin1Char(' '));
+// WriteImage is a fixed-length text: what is stored in it is padded with blanks or cut to 152, so an
+// empty slot result blanks the whole image and the frame keeps its width.
+inline void StoreWriteImage(const QString& text) { WriteImage = text.left(152).leftJustified(152, QLatin1Char(' ')); }
 inline short PortNo = 2;
 
 // Polling and one-shot command flags
@@ -21,6 +25,19 @@ inline bool ParamSetDone = false, WriteDoneZDTime = false, WriteDoneSensor = fal
 inline bool BaselineTaken = false, ZDTimeLoaded = false, SensorLoaded = false;
 inline bool HumidActive = false;
 inline bool IsCurrentCal = false;
+
+// Plant forms: the sensor form's names for the flags the dispatch sets, and the tries at the factory
+// gate, which count for the whole run however often the form is left.
+inline bool& SensorSaved = WriteDoneSensor;
+inline bool& SensorReadDone = SensorLoaded;
+inline short FactoryWrongCodes = 0;
+
+// Plant times and vibrator times
+inline std::array<double, 7> SavedTime{};  // the plant times as last read, in seconds; 0 to 5 in use
+inline std::array<double, 28> SavedVib{};  // the vibrator times as first shown after a read
+// The vibrator form's names for the flags the dispatch sets after steps 71 and 72.
+inline bool& VibSaved = WriteDoneZDTime;
+inline bool& VibReadDone = ZDTimeLoaded;
 
 // Selected scale and its devices
 inline short ScaleNo = 0;

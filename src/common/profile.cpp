@@ -3,97 +3,121 @@
 #include "common/text_file.h"
 #include "common/vbtext.h"
 
-#include <QByteArray>
-#include <QList>
+#include <QStringDecoder>
+#include <QStringView>
+
+#include <algorithm>
+#include <tuple>
 
 namespace {
 
+using TextFile::Encoding;
+using TextFile::Layout;
+
 // The reader's buffer held 456 characters with the closing NUL.
 constexpr qsizetype kValueLimit = 455;
-const QByteArray kUtf8Bom("\xEF\xBB\xBF");
 
-// One line of a profile file as it lies on disk, with what the profile routines see in it.
-struct ProfileLine {
-    QByteArray bytes;  // without the line end
-    QByteArray end;    // "\r\n", "\n", "\r" or empty for a last line without one
-    enum Kind { Other, Section, Key } kind = Other;
-    QString name;   // section or key name, trimmed
-    QString value;  // value of a key line, trimmed
-};
-
-struct ProfileText {
-    bool utf8 = false;  // the file began with a UTF-8 byte-order mark, which is kept
-    QList<ProfileLine> lines;
-};
-
-void classify(ProfileLine& line, bool utf8)
+// Calls f(start, length, endLength) in bytes for each line; CR, LF and CRLF end a line, counted in the
+// code units of the encoding, so a UTF-16 file is cut where its characters are.
+template <class F> void forEachLine(QByteArrayView b, const Layout& l, F&& f)
 {
-    const QString text = (utf8 ? QString::fromUtf8(line.bytes) : TextFile::decode(line.bytes)).trimmed();
+    const int u = l.unit();
+    const bool be = l.encoding == Encoding::Utf16Be;
+    const auto* p = reinterpret_cast<const uchar*>(b.data());
+    auto unitAt = [&](qsizetype i) -> unsigned {
+        if (u == 1) return p[i];
+        return be ? unsigned(p[i] << 8 | p[i + 1]) : unsigned(p[i] | p[i + 1] << 8);
+    };
+    const qsizetype n = b.size();
+    qsizetype start = l.bomLength, i = start;
+    while (i + u <= n) {
+        const unsigned c = unitAt(i);
+        if (c != '\r' && c != '\n') {
+            i += u;
+            continue;
+        }
+        qsizetype end = i + u;
+        if (c == '\r' && end + u <= n && unitAt(end) == '\n') end += u;
+        f(start, i - start, end - i);
+        start = i = end;
+    }
+    if (start < n) f(start, n - start, qsizetype(0));
+}
+
+// A line's text. Lines of plain ASCII, nearly all of them, are looked at as they lie in the file, however
+// long; the others are decoded.
+class LineText {
+public:
+    explicit LineText(Encoding e) : encoding_(e) {}
+    // Latin-1 view of an ASCII line, or empty with *decoded set.
+    bool ascii(QByteArrayView bytes) const
+    {
+        if (encoding_ != Encoding::Gb18030 && encoding_ != Encoding::Utf8) return false;
+        for (const char c : bytes)
+            if (uchar(c) >= 0x80) return false;
+        return true;
+    }
+    QStringView decode(QByteArrayView bytes)
+    {
+        if (encoding_ != Encoding::Gb18030) {
+            buffer_ = TextFile::decodeAs(bytes, encoding_);
+            return buffer_;
+        }
+        // One converter for all lines: making one per line would cost more than the decoding.
+        if (!gb_.isValid()) return buffer_ = TextFile::decodeAs(bytes, encoding_);
+        gb_.resetState();
+        buffer_ = gb_.decode(bytes);
+        return buffer_;
+    }
+
+private:
+    Encoding encoding_;
+    QString buffer_;
+    QStringDecoder gb_{"GB18030"};
+};
+
+template <class View> struct LineKind {
+    enum Kind { Other, Section, Key } kind = Other;
+    View name, value;
+};
+
+template <class View> LineKind<View> classify(View line)
+{
+    using K = LineKind<View>;
+    const View text = line.trimmed();
     if (text.startsWith(QLatin1Char('['))) {
         const qsizetype close = text.indexOf(QLatin1Char(']'));
-        if (close > 0) {
-            line.kind = ProfileLine::Section;
-            line.name = text.mid(1, close - 1).trimmed();
-        }
-        return;  // an unclosed "[" is neither a section nor a key
+        if (close > 0) return {K::Section, text.sliced(1, close - 1).trimmed(), {}};
+        return {};  // an unclosed "[" is neither a section nor a key
     }
     const qsizetype eq = text.indexOf(QLatin1Char('='));
-    if (eq < 0) return;  // comments and other lines without "=" are kept and never match
-    line.kind = ProfileLine::Key;
-    line.name = text.left(eq).trimmed();
-    line.value = text.mid(eq + 1).trimmed();
+    if (eq < 0) return {};  // comments and other lines without "=" are kept and never match
+    return {K::Key, text.first(eq).trimmed(), text.sliced(eq + 1).trimmed()};
 }
 
-ProfileText parse(QByteArray bytes)
+template <class View> quint32 foldedHash(View s)
 {
-    ProfileText p;
-    if (bytes.startsWith(kUtf8Bom)) {
-        p.utf8 = true;
-        bytes.remove(0, kUtf8Bom.size());
+    quint32 h = 2166136261u;
+    for (qsizetype i = 0; i < s.size(); ++i) {
+        h ^= QChar(s[i]).toCaseFolded().unicode();
+        h *= 16777619u;
     }
-    // Neither GB18030 nor UTF-8 uses CR or LF inside a character, so the lines can be cut as bytes.
-    qsizetype start = 0;
-    const qsizetype n = bytes.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        const char c = bytes.at(i);
-        if (c != '\r' && c != '\n') continue;
-        ProfileLine line;
-        line.bytes = bytes.mid(start, i - start);
-        const bool crlf = c == '\r' && i + 1 < n && bytes.at(i + 1) == '\n';
-        line.end = crlf ? QByteArray("\r\n") : QByteArray(1, c);
-        if (crlf) ++i;
-        p.lines.append(line);
-        start = i + 1;
-    }
-    if (start < n) p.lines.append(ProfileLine{bytes.mid(start), QByteArray(), ProfileLine::Other, {}, {}});
-    for (ProfileLine& line : p.lines) classify(line, p.utf8);
-    return p;
+    return h;
 }
 
-bool sameName(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
+template <class View> bool sameName(View a, QStringView b) { return QStringView(b).compare(a, Qt::CaseInsensitive) == 0; }
 
-// Index of the first section of that name, or -1; *end is the index after its last line.
-qsizetype findSection(const ProfileText& p, const QString& section, qsizetype* end)
+// Quotes that enclose the whole value go, then everything from a NUL on and beyond 455 characters. Only
+// what is kept is copied, so a value of a hundred megabytes costs no more than a short one.
+template <class View> QString finishValue(View value)
 {
-    qsizetype start = -1;
-    for (qsizetype i = 0; i < p.lines.size(); ++i) {
-        if (p.lines[i].kind != ProfileLine::Section) continue;
-        if (start >= 0) {
-            *end = i;
-            return start;
-        }
-        if (sameName(p.lines[i].name, section)) start = i;
-    }
-    *end = p.lines.size();
-    return start;
-}
-
-// Only the first section of a name is searched, as the Windows routines do.
-qsizetype findKey(const ProfileText& p, qsizetype sectionStart, qsizetype sectionEnd, const QString& key)
-{
-    for (qsizetype i = sectionStart + 1; i < sectionEnd; ++i)
-        if (p.lines[i].kind == ProfileLine::Key && sameName(p.lines[i].name, key)) return i;
-    return -1;
+    if (value.size() >= 2 && (value.front() == QLatin1Char('"') || value.front() == QLatin1Char('\'')) &&
+        value.back() == value.front())
+        value = value.sliced(1, value.size() - 2);
+    const qsizetype nul = value.indexOf(QChar(0));
+    if (nul >= 0) value = value.first(nul);
+    if (value.size() > kValueLimit) value = value.first(kValueLimit);
+    return value.toString();
 }
 
 QString cutValue(QString value)
@@ -106,24 +130,126 @@ QString cutValue(QString value)
 
 }  // namespace
 
+// ---- reading ----
+
+std::shared_ptr<const ProfileIndex> ProfileIndex::load(const QString& file)
+{
+    QByteArray bytes;
+    if (!TextFile::readBytes(file, &bytes)) return nullptr;
+    return fromBytes(std::move(bytes));
+}
+
+std::shared_ptr<const ProfileIndex> ProfileIndex::fromBytes(QByteArray bytes)
+{
+    auto index = std::make_shared<ProfileIndex>();
+    index->bytes_ = std::move(bytes);
+    const Layout layout = TextFile::detect(index->bytes_);
+    index->encoding_ = int(layout.encoding);
+    LineText text(layout.encoding);
+    quint32 section = 0;
+    const QByteArrayView all(index->bytes_);
+    auto take = [&](const auto& k, qsizetype at) {
+        if (k.kind == std::decay_t<decltype(k)>::Section) {
+            ++section;
+            index->sections_.push_back({foldedHash(k.name), section, at});
+        } else if (k.kind == std::decay_t<decltype(k)>::Key && section > 0) {
+            index->keys_.push_back({foldedHash(k.name), section, at});
+        }
+    };
+    forEachLine(all, layout, [&](qsizetype at, qsizetype length, qsizetype) {
+        const QByteArrayView line = all.sliced(at, length);
+        if (text.ascii(line))
+            take(classify(QLatin1StringView(line.data(), line.size())), at);
+        else
+            take(classify(text.decode(line)), at);
+    });
+    const auto byHash = [](const Entry& a, const Entry& b) {
+        return std::tie(a.section, a.hash, a.at) < std::tie(b.section, b.hash, b.at);
+    };
+    std::sort(index->sections_.begin(), index->sections_.end(),
+              [](const Entry& a, const Entry& b) { return std::tie(a.hash, a.section) < std::tie(b.hash, b.section); });
+    std::sort(index->keys_.begin(), index->keys_.end(), byHash);
+    index->sections_.shrink_to_fit();
+    index->keys_.shrink_to_fit();
+    return index;
+}
+
+QByteArrayView ProfileIndex::lineAt(qsizetype at) const
+{
+    const Layout layout{TextFile::Encoding(encoding_), 0};
+    const int u = layout.unit();
+    const bool be = layout.encoding == TextFile::Encoding::Utf16Be;
+    const auto* p = reinterpret_cast<const uchar*>(bytes_.constData());
+    qsizetype end = at;
+    for (; end + u <= bytes_.size(); end += u) {
+        const unsigned c = u == 1 ? p[end] : be ? unsigned(p[end] << 8 | p[end + 1]) : unsigned(p[end] | p[end + 1] << 8);
+        if (c == '\r' || c == '\n') break;
+    }
+    if (end + u > bytes_.size()) end = bytes_.size();
+    return QByteArrayView(bytes_).sliced(at, end - at);
+}
+
+std::optional<QString> ProfileIndex::value(const QString& sectionName, const QString& keyName) const
+{
+    const QString wantSection = sectionName.trimmed();
+    const QString wantKey = keyName.trimmed();
+    const QString memo = wantSection.toCaseFolded() + QLatin1Char('\n') + wantKey.toCaseFolded();
+    if (const auto hit = answers_.find(memo); hit != answers_.end()) return *hit;
+    LineText text{Encoding(encoding_)};
+    // Whether the line at `at` is a section or key of that name, and the value of a key.
+    auto matches = [&](qsizetype at, const QString& want, QString* value) {
+        const QByteArrayView line = lineAt(at);
+        auto check = [&](const auto& k) {
+            if (!sameName(k.name, want)) return false;
+            if (value) *value = finishValue(k.value);
+            return true;
+        };
+        if (text.ascii(line)) return check(classify(QLatin1StringView(line.data(), line.size())));
+        return check(classify(text.decode(line)));
+    };
+
+    std::optional<QString> found;
+    // Only the first section of a name is searched, as the Windows routines do.
+    const quint32 hs = foldedHash(QStringView(wantSection));
+    auto s = std::lower_bound(sections_.begin(), sections_.end(), hs,
+                              [](const Entry& e, quint32 h) { return e.hash < h; });
+    quint32 section = 0;
+    for (; s != sections_.end() && s->hash == hs; ++s)
+        if (matches(s->at, wantSection, nullptr)) {
+            section = s->section;
+            break;
+        }
+    if (section > 0) {
+        const quint32 hk = foldedHash(QStringView(wantKey));
+        auto k = std::lower_bound(keys_.begin(), keys_.end(), std::pair(section, hk), [](const Entry& e, const auto& want) {
+            return std::tie(e.section, e.hash) < std::tie(want.first, want.second);
+        });
+        QString v;
+        for (; k != keys_.end() && k->section == section && k->hash == hk; ++k)
+            if (matches(k->at, wantKey, &v)) {
+                found = v;
+                break;
+            }
+    }
+    answers_.insert(memo, found);
+    return found;
+}
+
+QString ProfileIndex::read(const ProfileIndex* index, const QString& section, const QString& key, const QString& deflt)
+{
+    if (index)
+        if (std::optional<QString> v = index->value(section, key)) return *v;
+    // The default loses its trailing blanks, as the Windows routine cuts them.
+    return cutValue(RTrim(deflt));
+}
+
 QString ReadProfileValue(const QString& section, const QString& key, const QString& deflt, const QString& file)
 {
-    // The default loses its trailing blanks, as the Windows routine cuts them.
-    const QString fallback = cutValue(RTrim(deflt));
-    QByteArray bytes;
-    if (!TextFile::readBytes(file, &bytes)) return fallback;
-    const ProfileText p = parse(bytes);
-    qsizetype end = 0;
-    const qsizetype s = findSection(p, section.trimmed(), &end);
-    if (s < 0) return fallback;
-    const qsizetype k = findKey(p, s, end, key.trimmed());
-    if (k < 0) return fallback;
-    QString value = p.lines[k].value;
-    if (value.size() >= 2 && (value.front() == QLatin1Char('"') || value.front() == QLatin1Char('\'')) &&
-        value.back() == value.front())
-        value = value.mid(1, value.size() - 2);
-    return cutValue(value);
+    const auto index = ProfileIndex::load(file);
+    return ProfileIndex::read(index.get(), section, key, deflt);
 }
+
+// ---- writing ----
 
 bool WriteProfileValue(const QString& section, const QString& key, const QString& value, const QString& file)
 {
@@ -135,44 +261,86 @@ bool WriteProfileValue(const QString& section, const QString& key, const QString
     if (TextFile::exists(file)) {
         if (!TextFile::readBytes(file, &bytes)) return true;  // unreadable: leave it rather than lose it
     }
-    ProfileText p = parse(bytes);
-    const auto encode = [&p](const QString& text) { return p.utf8 ? text.toUtf8() : TextFile::encode(text); };
-    const QByteArray crlf("\r\n");
+    const Layout layout = bytes.isEmpty() ? Layout{} : TextFile::detect(bytes);
+    const auto encode = [&layout](const QString& text) { return TextFile::encodeAs(text, layout.encoding); };
+    const QByteArray crlf = encode(QStringLiteral("\r\n"));
 
-    qsizetype end = 0;
-    const qsizetype s = findSection(p, sectionName, &end);
-    if (s >= 0) {
-        const qsizetype k = findKey(p, s, end, keyName);
-        if (k >= 0) {
-            p.lines[k].bytes = encode(p.lines[k].name + QLatin1Char('=') + value);
-        } else {
-            // After the last line of the section that is not blank, so a blank line before the next section stays.
-            qsizetype at = end;
-            while (at > s + 1 && p.lines[at - 1].bytes.trimmed().isEmpty()) --at;
-            if (p.lines[at - 1].end.isEmpty()) p.lines[at - 1].end = crlf;
-            p.lines.insert(at, ProfileLine{encode(keyName + QLatin1Char('=') + value), crlf, ProfileLine::Key, {}, {}});
+    // One pass over the lines, keeping only where the change goes.
+    struct Place {
+        qsizetype at = -1, length = 0, endLength = 0;
+        bool blank = true;
+    };
+    LineText text(layout.encoding);
+    const QByteArrayView all(bytes);
+    bool inSection = false, sectionFound = false, sectionEnded = false;
+    Place keyLine, lastFilled, lastLine;
+    QString keyAsWritten;
+    forEachLine(all, layout, [&](qsizetype at, qsizetype length, qsizetype endLength) {
+        const QStringView line = text.decode(all.sliced(at, length));
+        const LineKind<QStringView> k = classify(line);
+        const Place here{at, length, endLength, line.trimmed().isEmpty()};
+        lastLine = here;
+        if (sectionEnded) return;
+        if (k.kind == LineKind<QStringView>::Section) {
+            if (inSection) {
+                inSection = false;
+                sectionEnded = true;
+                return;
+            }
+            if (!sectionFound && sameName(k.name, sectionName)) {
+                sectionFound = inSection = true;
+                lastFilled = here;
+            }
+            return;
         }
+        if (!inSection) return;
+        if (!here.blank) lastFilled = here;
+        if (keyLine.at < 0 && k.kind == LineKind<QStringView>::Key && sameName(k.name, keyName)) {
+            keyLine = here;
+            keyAsWritten = k.name.toString();
+        }
+    });
+
+    QByteArray out;
+    if (keyLine.at >= 0) {
+        out = bytes.left(keyLine.at) + encode(keyAsWritten + QLatin1Char('=') + value) +
+              bytes.mid(keyLine.at + keyLine.length);
+    } else if (sectionFound) {
+        // After the last line of the section that is not blank, so a blank line before the next section stays.
+        const qsizetype end = lastFilled.at + lastFilled.length;
+        out = bytes.left(end + lastFilled.endLength);
+        if (lastFilled.endLength == 0) out += crlf;
+        out += encode(keyName + QLatin1Char('=') + value) + crlf + bytes.mid(end + lastFilled.endLength);
     } else {
-        if (!p.lines.isEmpty()) {
-            if (p.lines.back().end.isEmpty()) p.lines.back().end = crlf;
-            if (!p.lines.back().bytes.trimmed().isEmpty()) p.lines.append(ProfileLine{{}, crlf, ProfileLine::Other, {}, {}});
+        out = bytes;
+        if (bytes.isEmpty() && layout.bomLength == 0) {
+            // a new file is GB18030 without a mark
+        } else if (lastLine.at >= 0) {
+            if (lastLine.endLength == 0) out += crlf;
+            if (!lastLine.blank) out += crlf;
         }
-        p.lines.append(ProfileLine{encode(QLatin1Char('[') + sectionName + QLatin1Char(']')), crlf,
-                                   ProfileLine::Section, {}, {}});
-        p.lines.append(ProfileLine{encode(keyName + QLatin1Char('=') + value), crlf, ProfileLine::Key, {}, {}});
+        out += encode(QLatin1Char('[') + sectionName + QLatin1Char(']')) + crlf +
+               encode(keyName + QLatin1Char('=') + value) + crlf;
     }
-
-    QByteArray out = p.utf8 ? kUtf8Bom : QByteArray();
-    for (const ProfileLine& line : p.lines) out += line.bytes + line.end;
     TextFile::writeBytes(file, out);  // a failed write leaves the old file whole; the caller is told True
     return true;
 }
 
 QString ReadKeyLine(const QString& file, const QString& key)
 {
-    QStringList lines;
-    if (!TextFile::readLines(file, &lines)) return QString();
-    for (const QString& line : lines)
-        if (line.startsWith(key, Qt::CaseSensitive)) return Trim(line.mid(key.size()));
+    QString text;
+    if (!TextFile::read(file, &text)) return QString();
+    const QStringView all(text);
+    const qsizetype n = all.size();
+    qsizetype start = 0;
+    while (start <= n) {
+        qsizetype end = start;
+        while (end < n && all[end] != u'\r' && all[end] != u'\n') ++end;
+        if (start == n && end == n) break;
+        const QStringView line = all.sliced(start, end - start);
+        if (line.startsWith(key, Qt::CaseSensitive)) return Trim(line.mid(key.size()).toString());
+        if (end < n && all[end] == u'\r' && end + 1 < n && all[end + 1] == u'\n') ++end;
+        start = end + 1;
+    }
     return QString();
 }

@@ -8,7 +8,11 @@
 #include "common/vbtext.h"
 
 #include <QFileInfo>
+#include <QHash>
+#include <QPair>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace {
 
@@ -71,12 +75,66 @@ QString dataOrAppFile(const QString& name)
     return AppPaths::inApp(name);
 }
 
-// ReadKeyLine over lines already read: BLZConfig.dat is read once instead of once per value.
-QString keyLineValue(const QStringList& lines, const QString& key)
+// The keys of BLZConfig.dat all end in "=", so the key a line begins with ends at one of its first "=".
+// Each wanted key is found in one pass over the lines, however many keys and lines there are.
+class KeyLines {
+public:
+    explicit KeyLines(const QStringList& keys)
+    {
+        for (const QString& k : keys) {
+            wanted_.insert(k, {});
+            longest_ = std::max(longest_, k.size());
+        }
+    }
+    // Calls f(key, rest of the line) for each wanted key that begins the line.
+    template <class F> void match(QStringView line, F&& f) const
+    {
+        const qsizetype limit = std::min(line.size(), longest_);
+        for (qsizetype eq = line.left(limit).indexOf(u'='); eq >= 0; eq = line.left(limit).indexOf(u'=', eq + 1)) {
+            const QStringView key = line.left(eq + 1);
+            if (wanted_.contains(key.toString())) f(key, line.mid(eq + 1));
+        }
+    }
+    bool wants(QStringView line) const
+    {
+        bool any = false;
+        match(line, [&any](QStringView, QStringView) { any = true; });
+        return any;
+    }
+    // ReadKeyLine for every key at once: the first line that begins with it.
+    QHash<QString, QString> firstValues(const QStringList& lines) const
+    {
+        QHash<QString, QString> found;
+        for (const QString& line : lines)
+            match(line, [&found](QStringView key, QStringView rest) {
+                const QString k = key.toString();
+                if (!found.contains(k)) found.insert(k, Trim(rest.toString()));
+            });
+        return found;
+    }
+
+private:
+    QHash<QString, QString> wanted_;
+    qsizetype longest_ = 0;
+};
+
+// Every key SaveBLZConfig writes, in its order, with its value.
+QList<QPair<QString, QString>> blzLines()
 {
-    for (const QString& line : lines)
-        if (line.startsWith(key, Qt::CaseSensitive)) return Trim(line.mid(key.size()));
-    return QString();
+    QList<QPair<QString, QString>> lines;
+    lines << qMakePair(QStringLiteral("COMPort="), QString::number(PortNo));
+    lines << qMakePair(QStringLiteral("IsShowCsHelp="), ShowCsHelp);
+    for (int i = 0; i < kNamedScales; ++i)
+        for (const BiaoField& field : kBiaoFields) lines << qMakePair(ScaleName[i] + u8(field.keyword), (*field.values)[i]);
+    lines << qMakePair(QStringLiteral("Agg1RecordMode="), Agg1RecordMode);
+    return lines;
+}
+
+QStringList blzKeys()
+{
+    QStringList keys;
+    for (const auto& [key, value] : blzLines()) keys << key;
+    return keys;
 }
 
 }  // namespace
@@ -114,20 +172,23 @@ void LoadCNameIni()
         CNameMissing = true;
         return;
     }
-    // A key that is there replaces the default even when it is empty; a key that is not there leaves it.
+    // Read once for all the names. A key that is there replaces the default even when it is empty; a key
+    // that is not there leaves it.
+    const auto index = ProfileIndex::load(file);
     for (int i = 0; i < kNamedScales; ++i)
-        ScaleName[i] = Trim(ReadProfileValue(QStringLiteral("Name"), u8(kScaleKeys[i]), ScaleName[i], file));
+        ScaleName[i] = Trim(ProfileIndex::read(index.get(), QStringLiteral("Name"), u8(kScaleKeys[i]), ScaleName[i]));
     for (int i = 0; i < 22; ++i)
-        BinName[i] = Trim(ReadProfileValue(u8(kBinKeys[i].section), u8(kBinKeys[i].key), BinName[i], file));
+        BinName[i] = Trim(ProfileIndex::read(index.get(), u8(kBinKeys[i].section), u8(kBinKeys[i].key), BinName[i]));
 }
 
 void LoadZDTimeIni()
 {
     const QString file = CNameIniPath();
     if (!TextFile::exists(file)) return;
+    const auto index = ProfileIndex::load(file);
     for (int i = 0; i < int(ScaleVibrator.size()); ++i) {
         const QString key = QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0'));
-        const QString text = ReadProfileValue(QStringLiteral("ZDTime"), key, NumText(ScaleVibrator[i]), file);
+        const QString text = ProfileIndex::read(index.get(), QStringLiteral("ZDTime"), key, NumText(ScaleVibrator[i]));
         try {
             ScaleVibrator[i] = CInt(Val(text));
         } catch (const VbError& e) {
@@ -149,8 +210,9 @@ void LoadBLZConfig()
     QStringList lines;
     if (!TextFile::exists(file) || !TextFile::readLines(file, &lines)) return;
 
+    const QHash<QString, QString> values = KeyLines(blzKeys()).firstValues(lines);
     try {
-        ComPortSetting = CInt(Val(keyLineValue(lines, QStringLiteral("COMPort="))));
+        ComPortSetting = CInt(Val(values.value(QStringLiteral("COMPort="))));
     } catch (const VbError& e) {
         LogProgramError(QStringLiteral("Module1"), QStringLiteral("LoadBLZConfig"), QString::number(e.number),
                         e.description());
@@ -158,23 +220,32 @@ void LoadBLZConfig()
     }
     if (ComPortSetting == 0) ComPortSetting = 2;
     PortNo = ComPortSetting;
-    const QString help = keyLineValue(lines, QStringLiteral("IsShowCsHelp="));
+    const QString help = values.value(QStringLiteral("IsShowCsHelp="));
     if (!help.isEmpty()) ShowCsHelp = help;
 
     for (int i = 0; i < kNamedScales; ++i)
         for (const BiaoField& field : kBiaoFields)
-            (*field.values)[i] = keyLineValue(lines, ScaleName[i] + u8(field.keyword));
-    Agg1RecordMode = NumText(Val(keyLineValue(lines, QStringLiteral("Agg1RecordMode="))));
+            (*field.values)[i] = values.value(ScaleName[i] + u8(field.keyword));
+    Agg1RecordMode = NumText(Val(values.value(QStringLiteral("Agg1RecordMode="))));
 }
 
 void SaveBLZConfig()
 {
+    const QList<QPair<QString, QString>> own = blzLines();
     QStringList lines;
-    lines << QStringLiteral("COMPort=") + QString::number(PortNo);
-    lines << QStringLiteral("IsShowCsHelp=") + ShowCsHelp;
-    for (int i = 0; i < kNamedScales; ++i)
-        for (const BiaoField& field : kBiaoFields) lines << ScaleName[i] + u8(field.keyword) + (*field.values)[i];
-    lines << QStringLiteral("Agg1RecordMode=") + Agg1RecordMode;
+    QStringList keys;
+    for (const auto& [key, value] : own) {
+        lines << key + value;
+        keys << key;
+    }
+    // The values of scales that go by other names this run (a names file that could not be read, a
+    // rename) stay behind ours, so that nothing once stored is lost; a reader takes our lines first.
+    QStringList old;
+    if (TextFile::readLines(BLZConfigPath(), &old)) {
+        const KeyLines ours(keys);
+        for (const QString& line : old)
+            if (!line.trimmed().isEmpty() && !ours.wants(line)) lines << line;
+    }
     TextFile::writeLines(BLZConfigPath(), lines);  // a failure at exit is silently lost; the old file stays
 }
 
@@ -186,3 +257,9 @@ void LoadSysData()
 }
 
 QString ReadNetPath() { return ReadKeyLine(NetPathIniPath(), QStringLiteral("NetworkPath=")); }
+
+QString ScaleNameKey(int i) { return i >= 0 && i < kNamedScales ? u8(kScaleKeys[i]) : QString(); }
+
+QString BinNameSection(int i) { return i >= 0 && i < 22 ? u8(kBinKeys[i].section) : QString(); }
+
+QString BinNameKey(int i) { return i >= 0 && i < 22 ? u8(kBinKeys[i].key) : QString(); }

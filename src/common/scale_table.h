@@ -28,3 +28,9 @@ QString BLZConfigPath();
 QString SysDataPath();
 QString CNameIniPath();
 QString NetPathIniPath();
+
+// Where each name stands in CName.ini, for its writers: the key of ScaleName(i) in section "Name"
+// (i 0..13), and the section and key of BinName(i) (i 0..21).
+QString ScaleNameKey(int i);
+QString BinNameSection(int i);
+QString BinNameKey(int i);

@@ -4,12 +4,30 @@
 #include "common/error_log.h"
 
 #include <QSerialPort>
-#include <QSerialPortInfo>
+
+#include <algorithm>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+
+void CommPort::setThreshold(int n)
+{
+    threshold_ = n;
+    wakeAfter(stillAwaited());
+}
+
+int CommPort::clearInput()
+{
+    const int n = int(in_.size()) + dropUnread();
+    in_.clear();
+    wakeAfter(stillAwaited());
+    return n;
+}
 
 QByteArray CommPort::takeInput()
 {
-    QByteArray all = in_;
-    in_.clear();
+    QByteArray all = std::exchange(in_, QByteArray());
+    wakeAfter(stillAwaited());
     return all;
 }
 
@@ -21,76 +39,157 @@ void CommPort::output(const QByteArray& bytes)
 
 void CommPort::bytesArrived(const QByteArray& bytes)
 {
+    ++arrivals_;
+    // Nothing is awaited: it answers a request that has been dealt with already.
+    if (threshold_ <= 0)
+        return;
     in_.append(bytes);
     // The receive event fires only at the threshold, then with all that has arrived.
-    if (threshold_ > 0 && in_.size() >= threshold_)
+    if (in_.size() >= threshold_)
         emit received();
+    else
+        wakeAfter(stillAwaited());
 }
 
 SerialCommPort::SerialCommPort(const QString& device, QObject* parent) : CommPort(parent), device_(device) {}
+
+SerialCommPort::~SerialCommPort() { release(); }
 
 PortOpenResult SerialCommPort::open()
 {
     if (port_ && port_->isOpen())
         return {};
-    delete port_;
-    port_ = new QSerialPort(this);
-    port_->setPortName(device_);
-    // A pseudo-terminal refuses 7 data bits and even parity once open, but takes them before.
-    port_->setBaudRate(QSerialPort::Baud9600);
-    port_->setDataBits(QSerialPort::Data7);
-    port_->setParity(QSerialPort::EvenParity);
-    port_->setStopBits(QSerialPort::OneStop);
-    port_->setFlowControl(QSerialPort::NoFlowControl);
-    if (!port_->open(QIODevice::ReadWrite)) {
+    release();
+    auto* p = new QSerialPort(this);
+    p->setPortName(device_);
+    // Opened at 8N1, which every line holds, and set to 7E1 once open: a pseudo-terminal keeps 8N1, and
+    // asked for nothing but 7E1 it refuses the whole setting, which would refuse the opening with it.
+    p->setBaudRate(QSerialPort::Baud9600);
+    p->setDataBits(QSerialPort::Data8);
+    p->setParity(QSerialPort::NoParity);
+    p->setStopBits(QSerialPort::OneStop);
+    p->setFlowControl(QSerialPort::NoFlowControl);
+    if (!p->open(QIODevice::ReadWrite)) {
         PortOpenResult r;
-        const QString why = port_->errorString();
-        switch (port_->error()) {
+        r.number = int(p->error());
+        r.systemText = p->errorString();
+        switch (p->error()) {
         case QSerialPort::DeviceNotFoundError:
             r.error = PortOpenError::Missing;
             break;
         case QSerialPort::PermissionError:
             // A busy device (another program's lock, or an exclusive open) comes back as a permission
             // error too; only the system's own "Permission denied" is about the user's rights.
-            if (why.contains(QLatin1String("Permission denied"), Qt::CaseInsensitive)) {
+            if (r.systemText.contains(QLatin1String("Permission denied"), Qt::CaseInsensitive)) {
                 r.error = PortOpenError::Other;
-                r.description = QStringLiteral("%1: %2. The user must be in the dialout group.").arg(device_, why);
+                r.description =
+                    QStringLiteral("%1: %2. The user must be in the dialout group.").arg(device_, r.systemText);
             } else {
                 r.error = PortOpenError::InUse;
             }
             break;
         default:
             r.error = PortOpenError::Other;
-            r.description = QStringLiteral("%1: %2").arg(device_, why);
+            r.description = QStringLiteral("%1: %2").arg(device_, r.systemText);
             break;
         }
-        delete port_;
-        port_ = nullptr;
+        delete p;
         return r;
     }
-    port_->setRequestToSend(true);
-    if (port_->dataBits() != QSerialPort::Data7 || port_->parity() != QSerialPort::EvenParity) {
-        if (!settingsLogged_) {
-            settingsLogged_ = true;
-            LogProgramError("PLC", "PortSettings", "8020", device_ + ": the line cannot be set to 9600,e,7,1");
-        }
-    }
-    connect(port_, &QSerialPort::readyRead, this, [this] { bytesArrived(port_->readAll()); });
+    port_ = p;
+    wanted_ = true;
+    if (!(p->setDataBits(QSerialPort::Data7) && p->setParity(QSerialPort::EvenParity)))
+        LogProgramError(QStringLiteral("PLC"), QStringLiteral("cmdOk"), QString::number(int(p->error())),
+                        device_ + QStringLiteral(": 9600,e,7,1: ") + p->errorString());
+    p->setRequestToSend(true);  // a pseudo-terminal has no RTS line, which does no harm
+    p->clearError();
+    connect(p, &QSerialPort::readyRead, this, [this] {
+        if (port_)
+            bytesArrived(port_->readAll());
+    });
+    connect(p, &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError e) {
+        // Looked at once the port's own handler has returned: the port may be let go of then.
+        if (e == QSerialPort::ReadError || e == QSerialPort::WriteError || e == QSerialPort::ResourceError)
+            QMetaObject::invokeMethod(this, &SerialCommPort::lost, Qt::QueuedConnection);
+    });
+    vmin_ = -1;
+    wakeAfter(stillAwaited());
     return {};
+}
+
+void SerialCommPort::lost()
+{
+    if (!port_ || port_->error() == QSerialPort::NoError)
+        return;
+    const QSerialPort::SerialPortError e = port_->error();
+    pollfd p{int(port_->handle()), POLLIN | POLLOUT, 0};
+    const bool hungUp = ::poll(&p, 1, 0) < 0 || (p.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+    if (e != QSerialPort::ReadError && !hungUp) {
+        port_->clearError();  // a full output buffer, not a lost device
+        return;
+    }
+    // A read of nothing is the hang-up itself; errno then tells of something earlier.
+    const QString why = e == QSerialPort::ReadError ? QStringLiteral("the device has hung up") : port_->errorString();
+    LogProgramError(QStringLiteral("PLC"), QStringLiteral("MSComm1_OnComm"), QString::number(int(e)),
+                    device_ + QStringLiteral(": ") + why);
+    // Letting go ends the wake-ups of a dead device and the pile of output it can never take.
+    release();
+}
+
+void SerialCommPort::release()
+{
+    QSerialPort* p = std::exchange(port_, nullptr);
+    if (!p)
+        return;
+    p->disconnect(this);
+    p->close();
+    p->deleteLater();
 }
 
 void SerialCommPort::close()
 {
-    if (port_)
-        port_->close();
+    wanted_ = false;
+    release();
 }
 
 bool SerialCommPort::isOpen() const { return port_ && port_->isOpen(); }
 
 void SerialCommPort::writeBytes(const QByteArray& bytes)
 {
-    if (port_ && port_->isOpen())
+    // The device went away; it may be back at the same path. A failed try costs one open a request.
+    if (!port_ && wanted_ && open().error != PortOpenError::None)
+        return;
+    if (port_)
         port_->write(bytes);
+}
+
+void SerialCommPort::wakeAfter(int n)
+{
+    // The line wakes the program only once the awaited reply can be complete, not at every character;
+    // with nothing awaited, only for a full buffer (255 is the most a line holds back).
+    const int vmin = std::clamp(n > 0 ? n : 255, 1, 255);
+    if (!port_ || vmin == vmin_)
+        return;
+    const int fd = int(port_->handle());
+    termios t{};
+    if (::tcgetattr(fd, &t) != 0)
+        return;
+    t.c_cc[VMIN] = cc_t(vmin);
+    t.c_cc[VTIME] = 0;
+    if (::tcsetattr(fd, TCSANOW, &t) == 0)
+        vmin_ = vmin;
+}
+
+int SerialCommPort::dropUnread()
+{
+    if (!port_)
+        return 0;
+    int unread = 0;
+    if (::ioctl(int(port_->handle()), FIONREAD, &unread) != 0)
+        unread = 0;
+    unread += int(port_->bytesAvailable());
+    port_->clear(QSerialPort::Input);
+    return unread;
 }
 
 static PortFactory gFactory;

@@ -1,5 +1,6 @@
 #include "link/frame_codec.h"
 
+#include "common/event_yield.h"
 #include "common/module1.h"
 #include "common/vbtext.h"
 
@@ -84,7 +85,7 @@ QString FrameChecksum(const QString& text)
 {
     short sum = 0;
     for (int i = 0; i < text.size(); ++i) {
-        QCoreApplication::processEvents();
+        YieldToEvents();
         sum = short(sum + text[i].unicode());
     }
     QString h = Hex(sum);

@@ -3,10 +3,10 @@
 #include "common/error_log.h"
 #include "common/module1.h"
 #include "common/vbtext.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/frame_codec.h"
 #include "link/step_table.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 namespace {
 constexpr char kForm[] = "PLC";
@@ -31,6 +31,15 @@ LinkEngine::LinkEngine()
     connect(&Timer1, &QTimer::timeout, this, &LinkEngine::timer1Tick);
     connect(&Timer2, &QTimer::timeout, this, &LinkEngine::RetryRequest);
     connect(&Timer3, &QTimer::timeout, this, &LinkEngine::timer3Tick);
+    holdTimer_.setSingleShot(true);
+    connect(&holdTimer_, &QTimer::timeout, this, [this] {
+        dropExpiredSends();
+        if (earlier_.isEmpty())
+            endHold();
+        else
+            holdTimer_.start(int(earlier_.last().at + LateReplyHorizonMs - clock_.elapsed()));
+    });
+    clock_.start();
 }
 
 LinkEngine::~LinkEngine() { delete port_.data(); }
@@ -58,8 +67,19 @@ PortOpenResult LinkEngine::openPort(int portNo)
 
 void LinkEngine::closePort()
 {
+    forgetSends();
     if (port_ && port_->isOpen())
         port_->close();
+}
+
+void LinkEngine::forgetSends()
+{
+    unanswered_.clear();
+    earlier_.clear();
+    holding_ = false;
+    held_.clear();
+    holdTimer_.stop();
+    resending_ = false;
 }
 
 bool LinkEngine::portOpen() const { return port_ && port_->isOpen(); }
@@ -72,36 +92,116 @@ void LinkEngine::resetForLogin()
     Timer1.stop();
     Timer2.stop();
     Timer3.stop();
+    forgetSends();
     WriteImage = QString(152, QLatin1Char('0'));
 }
 
 void LinkEngine::send_recieve(const QString& frame)
 {
+    const bool resend = std::exchange(resending_, false);
     if (!SendFlag)
         return;
     trapped("send_recieve", [&] {
         SendFlag = false;
-        if (port_) {
-            port_->clearInput();
-            port_->setThreshold(ExpectedReplyLen);
-        }
         LastExpectedLen = ExpectedReplyLen;
         LastStep = QString::number(StepNo);
         LastFrame = frame;
-        if (port_)
-            port_->output(frame.toLatin1());
-        // Enabling a running timer leaves its period alone.
-        if (!Timer2.isActive())
-            Timer2.start();
+        if (!resend) {
+            // A sender that forces its way in replaces a request still waiting to go out, as it
+            // replaces one in flight.
+            holding_ = false;
+            held_.clear();
+            holdTimer_.stop();
+            // Earlier sends of the request before may still be answered; any reply of theirs
+            // arriving now would be taken for this one.
+            earlier_ += unanswered_;
+            unanswered_.clear();
+            dropExpiredSends();
+            if (!earlier_.isEmpty()) {
+                holdUntilAnswered(frame);
+                return;
+            }
+        }
+        transmit(frame);
     });
+}
+
+void LinkEngine::transmit(const QString& frame)
+{
+    if (port_) {
+        // Some of a reply had come, too little to be read: that send was answered, if badly.
+        if (port_->clearInput() > 0 && !unanswered_.isEmpty())
+            unanswered_.removeLast();
+        port_->setThreshold(LastExpectedLen);
+        port_->output(frame.toLatin1());
+    }
+    unanswered_.append({clock_.elapsed(), LastExpectedLen});
+    // Enabling a running timer leaves its period alone.
+    if (!Timer2.isActive())
+        Timer2.start();
+}
+
+// The request goes out once the replies still owed to earlier sends have come, or are too late to come.
+// Nothing changes on the wire but the moment; the link is busy meanwhile, as if the request were out.
+void LinkEngine::holdUntilAnswered(const QString& frame)
+{
+    holding_ = true;
+    held_ = frame;
+    if (port_) {
+        port_->clearInput();
+        port_->setThreshold(earlier_.first().len);
+    }
+    holdTimer_.start(int(earlier_.last().at + LateReplyHorizonMs - clock_.elapsed()));
+}
+
+void LinkEngine::takeEarlierReplies(const QByteArray& bytes)
+{
+    // They come in the order of their requests, each at least as long as it was awaited.
+    qsizetype left = bytes.size();
+    while (!earlier_.isEmpty()) {
+        left -= earlier_.first().len;
+        earlier_.removeFirst();
+        if (earlier_.isEmpty() || left < earlier_.first().len)
+            break;
+    }
+    dropExpiredSends();
+    if (earlier_.isEmpty())
+        endHold();
+    else if (port_)
+        port_->setThreshold(earlier_.first().len);
+}
+
+void LinkEngine::dropExpiredSends()
+{
+    const qint64 now = clock_.elapsed();
+    earlier_.removeIf([this, now](const Sent& s) { return now - s.at >= LateReplyHorizonMs; });
+}
+
+void LinkEngine::endHold()
+{
+    holdTimer_.stop();
+    if (!holding_)
+        return;
+    holding_ = false;
+    const QString frame = std::exchange(held_, QString());
+    // What a frame built meanwhile has left there is not what this request awaits.
+    ExpectedReplyLen = LastExpectedLen;
+    trapped("send_recieve", [&] { transmit(frame); });
 }
 
 void LinkEngine::onComm()
 {
     if (!port_)
         return;
+    if (holding_) {
+        takeEarlierReplies(port_->takeInput());
+        return;
+    }
     trapped("MSComm1_OnComm", [&] {
         const QString reply = QString::fromLatin1(port_->takeInput());
+        // The latest send is taken as the one answered: an earlier one is the more likely to stay silent.
+        if (!unanswered_.isEmpty())
+            unanswered_.removeLast();
         // A command-bit write answered with more than an ACK is left to the time-out.
         if (reply.size() > 2 && (StepNo == 54 || StepNo == 52 || StepNo == 160) && ExpectedReplyLen == 1)
             return;
@@ -117,6 +217,8 @@ bool LinkEngine::AckOk(const QString& reply)
         SendFlag = true;
         RetryCount = 0;
         Timer2.stop();
+        if (port_)
+            port_->setThreshold(0);
         return true;
     }
     RetryRequest();
@@ -132,6 +234,8 @@ QString LinkEngine::ReplyPayload(const QString& reply)
         SendFlag = true;
         RetryCount = 0;
         Timer2.stop();
+        if (port_)
+            port_->setThreshold(0);
         return Mid(reply, s + 1, e - s - 1);
     }
     return QString();
@@ -139,6 +243,8 @@ QString LinkEngine::ReplyPayload(const QString& reply)
 
 void LinkEngine::RetryRequest()
 {
+    if (holding_)
+        return;  // the request has not gone out yet
     if (RetryCount >= 0 && RetryCount <= 7) {
         if (CInt(Val(LastStep)) != StepNo)
             return;  // the form has moved on
@@ -146,6 +252,7 @@ void LinkEngine::RetryRequest()
         SendFlag = true;
         ExpectedReplyLen = LastExpectedLen;
         StepNo = CInt(Val(LastStep));
+        resending_ = true;
         send_recieve(LastFrame);
         return;
     }
@@ -156,6 +263,8 @@ void LinkEngine::RetryRequest()
     RetryCount = 0;
     SendFlag = true;
     StepNo = 444;
+    if (port_)
+        port_->setThreshold(0);
     MbText = ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
              ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
              ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
@@ -199,14 +308,14 @@ QString LinkEngine::GetWrite_PLCD(const QString& device, short count)
             case 54:
                 source = ControlText(HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao"),
                                      QStringLiteral("TxtFm"));
-                WriteImage = ValueToDataSlot(source, 1);
+                StoreWriteImage(ValueToDataSlot(source, 1));
                 known = false;
                 break;
             default:
                 known = false;
             }
             if (known)
-                WriteImage = ValueToDataSlot(source, i + 1);
+                StoreWriteImage(ValueToDataSlot(source, i + 1));
         }
         frame = BuildWriteFrame(device, WriteImage, short(d));
     });

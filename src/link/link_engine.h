@@ -3,6 +3,8 @@
 // calls send_recieve; the reply comes back only through the step dispatch.
 #include "link/comm_port.h"
 
+#include <QElapsedTimer>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -33,6 +35,8 @@ public:
     void resetForLogin();
 
     QTimer Timer1, Timer2, Timer3;
+    // A reply later than this after its send is taken as never coming: two periods of the re-send clock.
+    int LateReplyHorizonMs = 2000;
 
     QString LastFrame;
     short LastExpectedLen = 0;
@@ -50,8 +54,30 @@ public:
     void timer3Tick();
 
 private:
+    // One send of a request: when it went out and how long its reply is.
+    struct Sent {
+        qint64 at;
+        short len;
+    };
+    void transmit(const QString& frame);
+    void holdUntilAnswered(const QString& frame);
+    void takeEarlierReplies(const QByteArray& bytes);
+    void dropExpiredSends();
+    void endHold();
+    void forgetSends();
+
     QPointer<CommPort> port_;
+    // Sends of the request in flight that no reply has come for yet, and sends of earlier requests whose
+    // replies may still be on their way. A reply of an earlier request is never taken for a later one:
+    // a new request waits until those replies are in or too old to come.
+    QList<Sent> unanswered_, earlier_;
+    bool resending_ = false;
+    bool holding_ = false;
+    QString held_;
+    QTimer holdTimer_;
+    QElapsedTimer clock_;
 };
+
 
 LinkEngine& Link();
 

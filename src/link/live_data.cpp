@@ -3,7 +3,7 @@
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
 
 #include <cmath>
@@ -88,7 +88,7 @@ void ShowZDTimeBlock()
     const bool first = !ZDTimeLoaded;
     for (int i = 0; i <= 27; ++i) {
         const QString text = Format(Val(Link().TxtDCansd.at(i)) / 10, QStringLiteral("#0"));
-        spread(QStringLiteral("ZDTime"), IndexedName("TxtDCansd", i), text, ZDTimeBaseline, i, first);
+        spread(QStringLiteral("ZDTime"), IndexedName("TxtDCansd", i), text, SavedVib, i, first);
     }
     ZDTimeLoaded = true;
 }

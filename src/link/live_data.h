@@ -17,6 +17,4 @@ void ShowSensorBlock();
 
 // The forms' base copies: the values as first read, against which unsaved changes are found.
 inline std::array<double, 20> CansdBaseline{};
-inline std::array<double, 28> ZDTimeBaseline{};
 inline std::array<double, 14> SensorBaseline{};
-inline std::array<double, 6> OtherBaseline{};

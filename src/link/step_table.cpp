@@ -1,13 +1,14 @@
 #include "link/step_table.h"
 
+#include "common/event_yield.h"
 #include "common/module1.h"
 #include "common/vbtext.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/live_data.h"
 #include "link/register_map.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -46,7 +47,7 @@ template <size_t N> void wordsInto(std::array<QString, N>& boxes, const QString&
     for (int i = 1; i <= count; ++i) {
         boxes.at(i - 1) = NumText(GetWordFromPayload(i, payload));
         if (yield)
-            QCoreApplication::processEvents();
+            YieldToEvents();
     }
 }
 
@@ -54,7 +55,7 @@ void wordsIntoControls(const char* form, const char* name, const QString& payloa
 {
     for (int i = 1; i <= count; ++i) {
         SetControlText(QLatin1String(form), IndexedName(name, i - 1), NumText(GetWordFromPayload(i, payload)));
-        QCoreApplication::processEvents();
+        YieldToEvents();
     }
 }
 
@@ -95,8 +96,8 @@ void calOptionsRead(const QString& p)
 void calModeWritten(const QString&) { caption("YIBiao", "LblTzxxTip", "PLC031", "调校方式已更改!", kGreen); }
 void calModeRetrying() { caption("YIBiao", "LblTzxxTip", "PLC032", "尝试更改调校方式!", kRed); }
 void zeroTrackRead(const QString& p) { SetSlot("YIBiao", "txtTzxxZeroRead", p); }
-// The tip set by the click ("已关闭" or "已开启") stays as the confirmation.
-void zeroTrackWritten(const QString&) { ShowControl("YIBiao", "LblTzxxZeroTip"); }
+// The click only words the tip; once the controller has taken the write it goes.
+void zeroTrackWritten(const QString&) { HideControl("YIBiao", "LblTzxxZeroTip"); }
 void zeroTrackRetrying() { caption("YIBiao", "LblTzxxZeroTip", "PLC033", "尝试更改零位跟踪功能!", kRed); }
 
 // Plant function settings: 75, 24, 99
@@ -166,8 +167,17 @@ void factorySet(const QString&)
 void jogDone(const QString&) { chainRead(67, QLatin1String(kJogOutputs), 2); }
 void fanOnRetrying() { caption("Other", "lblFengJiTip", "PLC022", "尝试开启风机!", kRed); }
 void fanOffRetrying() { caption("Other", "lblFengJiTip", "PLC024", "尝试关闭风机!", kRed); }
-void valveOpenRetrying() { caption("Other", "lblChuChenTip", "PLC026", "尝试开启除尘阀!", kRed); }
-void valveCloseRetrying() { caption("Other", "lblChuChenTip", "PLC028", "尝试关闭除尘阀!", kRed); }
+// The valve rows hide the tip they have just written; the fan rows leave theirs showing.
+void valveOpenRetrying()
+{
+    caption("Other", "lblChuChenTip", "PLC026", "尝试开启除尘阀!", kRed);
+    HideControl("Other", "lblChuChenTip");
+}
+void valveCloseRetrying()
+{
+    caption("Other", "lblChuChenTip", "PLC028", "尝试关闭除尘阀!", kRed);
+    HideControl("Other", "lblChuChenTip");
+}
 void outputsRead(const QString& p) { SetSlot("Other", "TxtSReadFengJi", p); }
 
 // Vibrator times
@@ -210,11 +220,11 @@ void sensorRetrying()
 void timesRead(const QString& p)
 {
     for (int i = 1; i <= 6; ++i) {
-        const int v = GetWordFromPayload(i, p);
-        SetControlText("Other", QStringLiteral("TxtDCansdMulTen(%1)").arg(i - 1), NumText(v));
-        SetControlText("Other", QStringLiteral("TxtDCansd(%1)").arg(i - 1), NumText(v / 10.0));
-        OtherBaseline.at(i - 1) = v / 10.0;
-        QCoreApplication::processEvents();
+        YieldToEvents();
+        const QString twin = IndexedName("TxtDCansdMulTen", i - 1), shown = IndexedName("TxtDCansd", i - 1);
+        SetControlText("Other", twin, NumText(GetWordFromPayload(i, p)));
+        SetControlText("Other", shown, NumText(Val(ControlText("Other", twin)) / 10));
+        SavedTime.at(i - 1) = Val(ControlText("Other", shown));
     }
     chainRead(24, QLatin1String(kSystemOptions), 2);
 }

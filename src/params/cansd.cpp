@@ -4,7 +4,7 @@
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/live_data.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -200,7 +200,10 @@ void Cansd::LayoutForScale()
             }
             if (r.row > 0)
                 placeRow(k, 0, r.row);
-            setRowVisible(k, shown);
+            if (shown && (k == 11 || k == 12 || k == 14))
+                showSpareRow(k);
+            else
+                setRowVisible(k, shown);
         }
     }
 

@@ -4,7 +4,7 @@
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/live_data.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 
 #include <QLineEdit>
 #include <cmath>
@@ -52,15 +52,17 @@ BoxHelp CansdAG::helpOnClick(int k) const { return TipText.value(k).isEmpty() ? 
 void CansdAG::LoadCaptions()
 {
     auto material = [](int m) { return QStringLiteral("M%1 ").arg(m); };
-    LblCansd[0]->setText(text("CANSD068", "延时检查超差时间"));
-    LblCansd[5]->setText(text("CANSD069", "卸料延时控制时间"));
-    LblCansd[6]->setText(text("CANSD070", "按键归零范围"));
+    // These three captions are the form's own: the language file has no entry for them.
+    LblCansd[0]->setText(QStringLiteral("延时检查超差时间"));
+    LblCansd[5]->setText(QStringLiteral("卸料延时控制时间"));
+    LblCansd[6]->setText(QStringLiteral("按键归零范围"));
     LblCansd[7]->setText(text("CANSD009", "零位范围"));
+    // The blank that glues a language text to a name is not wanted after "M1 ".
     for (int m = 1; m <= 4; ++m) {
-        LblCansd[m]->setText(material(m) + text("CANSD006", "脉冲补称时间"));
-        LblCansd[7 + m]->setText(material(m) + text("CANSD013", "计量允许误差值"));
-        LblCansd[11 + m]->setText(material(m) + text("CANSD014", "落差调整最大值"));
-        LblCansd[15 + m]->setText(material(m) + text("CANSD053", "落差调整值"));
+        LblCansd[m]->setText(material(m) + Trim(text("CANSD006", "脉冲补称时间")));
+        LblCansd[7 + m]->setText(material(m) + Trim(text("CANSD013", "计量允许误差值")));
+        LblCansd[11 + m]->setText(material(m) + Trim(text("CANSD014", "落差调整最大值")));
+        LblCansd[15 + m]->setText(material(m) + Trim(text("CANSD053", "落差调整值")));
     }
     for (int k = 0; k < 20; ++k)
         Label8[k]->setText(k <= 5 ? QStringLiteral("S") : QStringLiteral("Kg"));

@@ -90,6 +90,8 @@ protected:
     // Puts box k with its caption, unit and mark at a place of one of the two columns.
     void placeRow(int k, int column, int row);
     void setRowVisible(int k, bool visible);
+    // Rows 11, 12 and 14 of Cansd are spare rows, hidden unless a scale uses them.
+    void showSpareRow(int k);
     QString text(const char* key, const char* deflt) const;
 
     QList<BoxCheck> checks_;
@@ -107,7 +109,7 @@ private:
     void buildOptionPage();
     void loadOptionCaptions();
     void boxClicked(int k);
-    bool keyPressed(int k, QKeyEvent* e);
+    void keyPressed(int k);
     void fillEmptyBoxes();
     void placeTip(int k);
     void decodeOptions();

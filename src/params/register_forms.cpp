@@ -1,4 +1,4 @@
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "params/cansd.h"
 #include "params/cansd_ag.h"
 #include "shell/app_setup.h"

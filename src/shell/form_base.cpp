@@ -1,19 +1,21 @@
 #include "shell/form_base.h"
 
 #include "common/module1.h"
-#include "link/form_access.h"
-#include "shell/lang.h"
+#include "common/form_access.h"
+#include "common/lang.h"
 
 #include <QApplication>
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QLinearGradient>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
+#include <QProxyStyle>
 #include <QScreen>
 #include <QTimer>
 
@@ -109,8 +111,23 @@ QPixmap GreyPicture(ButtonSize size) { return paint(size, QColor(200, 200, 200),
 
 void ClickLabel::mousePressEvent(QMouseEvent* e)
 {
-    if (e->button() == Qt::LeftButton && isEnabled())
-        emit clicked();
+    if (e->button() == Qt::LeftButton && isEnabled()) {
+        down_ = true;
+        emit pressed();
+    }
+    e->accept();
+}
+
+void ClickLabel::mouseReleaseEvent(QMouseEvent* e)
+{
+    if (e->button() == Qt::LeftButton && down_) {
+        down_ = false;
+        const bool over = rect().contains(e->position().toPoint());
+        emit released();
+        // A button let go outside the control takes the click back.
+        if (over && isEnabled())
+            emit clicked();
+    }
     e->accept();
 }
 
@@ -267,7 +284,7 @@ void FormBase::selectTab(const QList<ImageButton>& tabs, int index)
         const bool on = i == index;
         tabs[i].image->setPixmap(ButtonPicture(ButtonSize::Tab, on));
         QPalette p = tabs[i].caption->palette();
-        p.setColor(QPalette::WindowText, on ? QColor(0, 0, 0x80) : QColor(0x80, 0x80, 0x80));
+        p.setColor(QPalette::WindowText, on ? QColor(0, 0, 192) : QColor(64, 64, 64));
         tabs[i].caption->setPalette(p);
     }
 }
@@ -368,6 +385,28 @@ void FormBase::setStatus(QLabel* label, const QString& text, bool green)
     p.setColor(QPalette::WindowText, green ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
     label->setPalette(p);
     label->setVisible(true);
+}
+
+namespace {
+// The application's style in all else; the style of the platform would draw a dot.
+class StarStyle : public QProxyStyle {
+public:
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returnData) const override
+    {
+        if (hint == SH_LineEdit_PasswordCharacter)
+            return '*';
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
+}  // namespace
+
+void FormBase::showStars(QLineEdit* box)
+{
+    auto* style = new StarStyle;
+    style->setParent(box);
+    box->setStyle(style);
+    box->setEchoMode(QLineEdit::Password);
 }
 
 void FormBase::resetHover(QWidget* surface)

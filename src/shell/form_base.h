@@ -9,6 +9,8 @@
 #include <QWidget>
 #include <functional>
 
+class QLineEdit;
+
 // Scale: the light buttons of a list of scales, with dark captions. ExitIcon and HelpIcon: lone images.
 enum class ButtonSize { Large, Small, Tab, Scale, ExitIcon, HelpIcon };
 
@@ -16,17 +18,25 @@ enum class ButtonSize { Large, Small, Tab, Scale, ExitIcon, HelpIcon };
 QPixmap ButtonPicture(ButtonSize size, bool bright);
 QPixmap GreyPicture(ButtonSize size);
 
+// A caption or image that acts on a click: the button goes down and comes up over it. The few controls
+// that act as the button goes down listen to pressed and released instead.
 class ClickLabel : public QLabel {
     Q_OBJECT
 public:
     using QLabel::QLabel;
 signals:
     void clicked();
+    void pressed();
+    void released();
     void hovered();
 
 protected:
     void mousePressEvent(QMouseEvent* e) override;
+    void mouseReleaseEvent(QMouseEvent* e) override;
     void mouseMoveEvent(QMouseEvent* e) override;
+
+private:
+    bool down_ = false;
 };
 
 // An image and its caption label; a click on either runs the same handler.
@@ -76,6 +86,8 @@ public:
     void askExit();
 
     static void setStatus(QLabel* label, const QString& text, bool green);
+    // Password boxes show "*" for each character, whatever the style would draw.
+    static void showStars(QLineEdit* box);
     // Forms that must stay above the others.
     void setTopMost(bool on);
     // Unloading from inside one's own click would delete the widget still delivering the click: the

@@ -5,9 +5,9 @@
 #include "common/module1.h"
 #include "common/profile.h"
 #include "common/scale_table.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 #include "shell/single_instance.h"
 
 #include <QCloseEvent>
@@ -60,7 +60,7 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
     lblPassWord->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     txtPassword = new QLineEdit(picCom);
     txtPassword->setObjectName(QStringLiteral("txtPassword"));
-    txtPassword->setEchoMode(QLineEdit::Password);
+    showStars(txtPassword);
     txtPassword->setGeometry(170, 74, 190, 28);
     connect(txtPassword, &QLineEdit::returnPressed, this, [this] { cmdOk(); });
     LblCom = addLabel(QStringLiteral("LblCom"), QString(), {30, 120, 130, 28}, picCom);
@@ -181,7 +181,6 @@ void PLC::cmdOk()
     PortNo = short(ComboPlc->currentIndex() + 1);
     const PortOpenResult r = Link().openPort(PortNo);
     if (r.error != PortOpenError::None) {
-        QString number = QStringLiteral("8005");
         MbIsOk = true;
         MbIsError = false;
         if (r.error == PortOpenError::InUse) {
@@ -189,15 +188,15 @@ void PLC::cmdOk()
             MbText = QStringLiteral("Com") + QString::number(PortNo) +
                      plcText("PLC011", "端口已被其它程序占用!请重新设置端口！");
         } else if (r.error == PortOpenError::Missing) {
-            number = QStringLiteral("8002");
             Link().Timer1.stop();
             MbText = QStringLiteral("Com") + QString::number(PortNo) + plcText("PLC012", "端口无效!请重新设置端口！");
         } else {
-            number = QStringLiteral("8015");
             MbText = r.description;
             MbIsError = true;
         }
-        LogProgramError(QStringLiteral("PLC"), QStringLiteral("cmdOk"), number, MbText);
+        // The log keeps the port's own number and words; the operator's message says it for him.
+        LogProgramError(QStringLiteral("PLC"), QStringLiteral("cmdOk"), QString::number(r.number),
+                        r.systemText.isEmpty() ? r.description : r.systemText);
         ShowMbQuestion();
         picCom->show();
         return;
@@ -254,6 +253,21 @@ void PLC::closeEvent(QCloseEvent* e)
 {
     ExitSystem();
     e->accept();
+}
+
+void PLC::changeEvent(QEvent* e)
+{
+    FormBase::changeEvent(e);
+    if (e->type() == QEvent::ActivationChange && isActiveWindow() && txtPassword->isVisible())
+        txtPassword->setFocus();
+}
+
+// The pointer over the login panel puts the cursor in the password box, ready for typing.
+bool PLC::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == picCom && event->type() == QEvent::MouseMove)
+        txtPassword->setFocus();
+    return FormBase::eventFilter(watched, event);
 }
 
 void ExitSystem()

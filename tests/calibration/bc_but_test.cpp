@@ -3,7 +3,7 @@
 #include "calibration/bc_but.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
 #include "shell/form_base.h"
 #include "shell/plc_form.h"

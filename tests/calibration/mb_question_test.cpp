@@ -2,7 +2,7 @@
 
 #include "calibration/mb_question.h"
 #include "common/module1.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -85,7 +85,8 @@ private slots:
         const Seen tall = showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
         QVERIFY(wide.size.width() > small.size.width());
         QVERIFY(tall.size.height() > small.size.height());
-        for (const Seen& s : {wide, tall}) {
+        // No width of its own: a short text gets a narrow box.
+        for (const Seen& s : {small, wide, tall}) {
             // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
             QCOMPARE(s.size.width(), s.label.width() + 66);
             QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);

@@ -9,6 +9,17 @@
 
 namespace {
 QByteArray gb(const QString& text) { return TextFile::encode(text); }
+QByteArray u8(const QString& text) { return text.toUtf8(); }
+// UTF-16 little-endian with its mark, as a Windows editor saves "Unicode".
+QByteArray u16(const QString& text, bool mark = true)
+{
+    QByteArray b = mark ? QByteArray("\xFF\xFE") : QByteArray();
+    for (const QChar c : text) {
+        b += char(c.unicode() & 0xFF);
+        b += char(c.unicode() >> 8);
+    }
+    return b;
+}
 const QByteArray kNoFile = "<none>";
 }  // namespace
 
@@ -43,6 +54,10 @@ private slots:
         QTest::newRow("missing file") << kNoFile << "S" << "k" << "d" << "d";
         QTest::newRow("UTF-8 behind a BOM") << rawBytes(fixture("utf8_bom.ini")) << "lancommon" << "COM003-1" << "d"
                                             << "返回";
+        QTest::newRow("UTF-8 without a BOM") << u8("[Name]\r\n01=石子\r\n") << "Name" << "01" << "d" << "石子";
+        QTest::newRow("UTF-16 behind a BOM") << u16("[Name]\r\n11=清水秤\r\n") << "name" << "11" << "d" << "清水秤";
+        QTest::newRow("GB18030 whose first bytes look like a BOM")
+            << gb("锘縖\r\n[Name]\r\n01=石子\r\n") << "Name" << "01" << "d" << "石子";
         QTest::newRow("10,000-character section name")
             << rawBytes(fixture("CName_longlines.ini")) << QString(10000, 'N') << "01" << "d" << QString(455, 'y');
         QTest::newRow("key behind binary junk")
@@ -86,6 +101,25 @@ private slots:
             << rawBytes(fixture("utf8_bom.ini")) << "LANCOMMON" << "COM001-1" << "确定"
             << rawBytes(fixture("utf8_bom.ini")) + QString::fromUtf8("COM001-1=确定\r\n").toUtf8();
     }
+    void writeKeepsTheEncoding_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("UTF-8 without a BOM")
+            << u8("[Name]\r\n01=砂\r\n") << u8("[Name]\r\n01=砂\r\n02=石子\r\n");
+        QTest::newRow("UTF-16") << u16("[Name]\r\n01=砂") << u16("[Name]\r\n01=砂\r\n02=石子\r\n");
+        QTest::newRow("UTF-16, new section")
+            << u16("[ZDTime]\r\n01=3\r\n") << u16("[ZDTime]\r\n01=3\r\n\r\n[Name]\r\n02=石子\r\n");
+    }
+    void writeKeepsTheEncoding()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        QVERIFY(WriteProfileValue("Name", "02", QString::fromUtf8("石子"), put(before)));
+        QCOMPARE(rawBytes(path("p.ini")), after);
+        QCOMPARE(ReadProfileValue("Name", "02", "d", path("p.ini")), QString::fromUtf8("石子"));
+    }
+
     void write()
     {
         QFETCH(QByteArray, before);

@@ -144,6 +144,68 @@ private slots:
         QCOMPARE(ShowCsHelp, help);
     }
 
+    // The values of a scale are stored under its name: a names file that cannot be read this run must not
+    // cost them at the save on exit.
+    void valuesSurviveTheNamesFile_data()
+    {
+        QTest::addColumn<QByteArray>("cname");  // empty: no file
+        QTest::addColumn<bool>("unreadable");
+        QTest::addColumn<bool>("namesRead");
+        const QString text = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
+        QByteArray u16("\xFF\xFE");
+        for (const QChar c : text) {
+            u16 += char(c.unicode() & 0xFF);
+            u16 += char(c.unicode() >> 8);
+        }
+        QTest::newRow("GB18030") << TextFile::encode(text) << false << true;
+        QTest::newRow("UTF-8 with a BOM") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << false << true;
+        QTest::newRow("UTF-8 without a BOM") << text.toUtf8() << false << true;
+        QTest::newRow("UTF-16 with a BOM") << u16 << false << true;
+        QTest::newRow("missing") << QByteArray() << false << false;
+        QTest::newRow("unreadable") << TextFile::encode(text) << true << false;
+    }
+    void valuesSurviveTheNamesFile()
+    {
+        QFETCH(QByteArray, cname);
+        QFETCH(bool, unreadable);
+        QFETCH(bool, namesRead);
+        const QString at = QStringLiteral("2026/3/5 14:03:22");
+        QVERIFY(putBytes(app("Data/BLZConfig.dat"),
+                         GbLines({"COMPort=3", "IsShowCsHelp=1", "石子BiaoZeroTime=" + at, "石子BiaoZeroADValue=3000",
+                                  "水泥ABiaoWeightFMValue=1500.5", "Agg1RecordMode=1"})));
+        if (!cname.isEmpty()) QVERIFY(putBytes(app("Data/CName.ini"), cname));
+        if (unreadable) {
+            makeReadOnly(dir_->path());
+            QFile::setPermissions(app("Data/CName.ini"), {});
+            UnprivilegedFiles asOperator;
+            LoadBLZConfig();
+        } else {
+            LoadBLZConfig();
+        }
+        makeWritable(dir_->path());
+        QCOMPARE(ScaleName[0], namesRead ? QStringLiteral("石子") : QStringLiteral("骨料1"));
+        QCOMPARE(BiaoZeroADValue[0], namesRead ? QStringLiteral("3000") : QString());
+        QCOMPARE(BiaoWeightFMValue[8], namesRead ? QStringLiteral("1500.5") : QString());
+        QCOMPARE(int(PortNo), 3);
+        SaveBLZConfig();
+
+        // With the names readable again, every value is there.
+        QFile::setPermissions(app("Data/CName.ini"), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        QVERIFY(putBytes(app("Data/CName.ini"), TextFile::encode(QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n"))));
+        for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
+        LoadBLZConfig();
+        QCOMPARE(BiaoZeroTime[0], at);
+        QCOMPARE(BiaoZeroADValue[0], QStringLiteral("3000"));
+        QCOMPARE(BiaoWeightFMValue[8], QStringLiteral("1500.5"));
+        QCOMPARE(BiaoZeroADValue[1], QString());
+        // Saving twice adds nothing: the kept lines are not kept twice.
+        SaveBLZConfig();
+        const QByteArray once = rawBytes(BLZConfigPath());
+        LoadBLZConfig();
+        SaveBLZConfig();
+        QCOMPARE(rawBytes(BLZConfigPath()), once);
+    }
+
     void sysDataAndNetPath()
     {
         OperatorName = "old";

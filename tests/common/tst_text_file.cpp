@@ -1,3 +1,4 @@
+#include "common/profile.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
 
@@ -28,6 +29,15 @@ private slots:
         QTest::newRow("GB18030") << QByteArray::fromHex("b9c7c1cf310d0acbaec4e0") << QStringList{"骨料1", "水泥"};
         QTest::newRow("UTF-8 behind a BOM") << QByteArray("\xEF\xBB\xBF") + QString::fromUtf8("骨料1\r\n水泥").toUtf8()
                                             << QStringList{"骨料1", "水泥"};
+        // Saved by editors of other stations.
+        QTest::newRow("UTF-8 without a BOM") << QString::fromUtf8("骨料1\r\n水泥").toUtf8() << QStringList{"骨料1", "水泥"};
+        QTest::newRow("UTF-16 LE behind a BOM")
+            << QByteArray::fromHex("fffe" "a89a9965" "3100" "0d000a00" "346ce56c") << QStringList{"骨料1", "水泥"};
+        QTest::newRow("UTF-16 BE behind a BOM")
+            << QByteArray::fromHex("feff" "9aa86599" "0031" "000d000a" "6c346ce5") << QStringList{"骨料1", "水泥"};
+        // "锘縖" in GB18030 are the bytes of a UTF-8 mark and "[": what follows decides.
+        QTest::newRow("GB18030 that starts like a BOM") << QByteArray::fromHex("efbbbf5bcbaec4e0") << QStringList{"锘縖水泥"};
+        QTest::newRow("BOM before plain ASCII") << QByteArray("\xEF\xBB\xBF[Name]") << QStringList{"[Name]"};
     }
     void readLines()
     {
@@ -71,6 +81,27 @@ private slots:
         makeWritable(dir_->path());
         QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), old);
         QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), QStringList{"BLZConfig.dat"});
+    }
+
+    // A folder the operator may not write to, with files he may: the files are rewritten in place, and a
+    // file of his own stays refused.
+    void readOnlyFolderWritableFile()
+    {
+        QVERIFY(putBytes(path("ro/BLZConfig.dat"), "COMPort=3\r\n"));
+        QVERIFY(putBytes(path("ro/CName.ini"), "[Name]\r\n01=a\r\n"));
+        makeReadOnly(dir_->path());
+        for (const char* f : {"ro/BLZConfig.dat", "ro/CName.ini"})
+            QFile::setPermissions(path(f), QFile::permissions(path(f)) | QFileDevice::WriteOther);
+        {
+            UnprivilegedFiles asOperator;
+            QVERIFY(TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}));
+            QVERIFY(WriteProfileValue("Name", "01", QString::fromUtf8("石子"), path("ro/CName.ini")));
+            QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
+        }
+        makeWritable(dir_->path());
+        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), QByteArray("COMPort=4\r\n"));
+        QCOMPARE(rawBytes(path("ro/CName.ini")), QByteArray("[Name]\r\n01=\xCA\xAF\xD7\xD3\r\n"));
+        QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), (QStringList{"BLZConfig.dat", "CName.ini"}));
     }
 
 private:

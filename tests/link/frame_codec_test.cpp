@@ -9,28 +9,55 @@
 class FrameCodecTest : public QObject {
     Q_OBJECT
 private slots:
-    void deviceAddress_data()
+    // Decoding where it turns: the sign of a word, a hex byte, and each device's last and first bad number.
+    void decodingAtItsBoundaries_data()
     {
-        QTest::addColumn<QString>("device");
-        QTest::addColumn<QString>("address");
-        QTest::newRow("last D word") << "D511" << "13FE";
-        QTest::newRow("D beyond range falls to S0") << "D512" << "0000";
-        QTest::newRow("last special D") << "D8255" << "0FFE";
-        QTest::newRow("special D beyond") << "D8256" << "0000";
-        QTest::newRow("S999") << "S999" << "007C";
-        QTest::newRow("S beyond range") << "S1000" << "0000";
-        QTest::newRow("last M") << "M1023" << "017F";
-        QTest::newRow("M beyond range") << "M1024" << "0100";
-        QTest::newRow("octal Y") << "Y62" << "00A6";
-        QTest::newRow("Y beyond range") << "Y200" << "00A0";
-        QTest::newRow("Y177 taken as octal 17") << "Y177" << "00A1";
-        QTest::newRow("unknown letter") << "X1" << "0000";
+        QTest::addColumn<QString>("kind");  // word (payload@index), byte or address
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("result");
+        const struct { const char *kind, *input, *result, *name; } rows[] = {
+            {"word", "FF7F@1", "32767", "largest positive word"},
+            {"word", "0080@1", "-32768", "smallest negative word"},
+            {"word", "FFFF@1", "-1", "all bits"},
+            {"word", "0001@1", "256", "high byte alone"},
+            {"word", "D204@1", "1234", "low byte first"},
+            {"word", "D2040080@2", "-32768", "second word of a block"},
+            {"word", "@1", "0", "empty payload"},
+            {"byte", "FF", "255", "largest byte"},
+            {"byte", "7F", "127", "hex digits"},
+            {"byte", "A", "10", "one digit"},
+            {"byte", "123", "18", "third digit ignored"},
+            {"byte", "", "0", "nothing"},
+            {"address", "D0", "1000", "first D word"},
+            {"address", "D511", "13FE", "last D word"},
+            {"address", "D512", "0000", "D beyond range falls to S0"},
+            {"address", "D8000", "0E00", "first special D"},
+            {"address", "D8255", "0FFE", "last special D"},
+            {"address", "D8256", "0000", "special D beyond"},
+            {"address", "S999", "007C", "last S"},
+            {"address", "S1000", "0000", "S beyond range"},
+            {"address", "M1023", "017F", "last M"},
+            {"address", "M1024", "0100", "M beyond range"},
+            {"address", "Y62", "00A6", "octal Y"},
+            {"address", "Y177", "00A1", "Y177 taken as octal 17"},
+            {"address", "Y200", "00A0", "Y beyond range"},
+            {"address", "X1", "0000", "unknown letter"},
+        };
+        for (const auto& r : rows)
+            QTest::newRow(r.name) << r.kind << r.input << r.result;
     }
-    void deviceAddress()
+    void decodingAtItsBoundaries()
     {
-        QFETCH(QString, device);
-        QFETCH(QString, address);
-        QCOMPARE(DeviceToAddress(device), address);
+        QFETCH(QString, kind);
+        QFETCH(QString, input);
+        QFETCH(QString, result);
+        if (kind == QLatin1String("word"))
+            QCOMPARE(QString::number(GetWordFromPayload(input.section('@', 1).toInt(), input.section('@', 0, 0))),
+                     result);
+        else if (kind == QLatin1String("byte"))
+            QCOMPARE(QString::number(HexByteToInt(input)), result);
+        else
+            QCOMPARE(DeviceToAddress(input), result);
     }
 
     // The reply length each request leaves behind is the receive threshold of the port.

@@ -1,7 +1,7 @@
 #include "test_support.h"
 
 #include "common/module1.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 
@@ -101,21 +101,48 @@ private slots:
         QCOMPARE(int(Link().RetryCount), 0);
     }
 
-    // The parameter editors' own steps are proven by their tests; these are the other sources.
+    // A re-sent request was answered, but its first send may still be answered late: the next request
+    // waits for that reply, and a sender forcing its way in meanwhile replaces it. One frame goes out.
+    void nextRequestWaitsForAnOwedReply()
+    {
+        Link().LateReplyHorizonMs = 300;
+        h->sim.injectFault(plcsim::Fault::NoReply);
+        sendStatusRead();
+        QCoreApplication::processEvents();
+        Link().RetryRequest();
+        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
+        QCOMPARE(h->takeFrames().size(), 2);
+        sendStatusRead();
+        sendStatusRead();
+        QCOMPARE(h->takeFrames().size(), 0);
+        QVERIFY(!SendFlag);
+        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
+        QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0007C02"))});
+        Link().LateReplyHorizonMs = 2000;
+    }
+
+    // The parameter editors' own steps are proven by their tests; these are the other sources. The image
+    // is of fixed width: an empty source blanks what was assembled before it, and nothing moves.
     void blockWriteTakesItsBoxesByStep_data()
     {
         QTest::addColumn<int>("step");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
         QTest::addColumn<QString>("data");
-        QTest::newRow("vibrator times from the main form") << 72 << "0500FFFF";
-        QTest::newRow("no source: blanks stay") << 8 << "        ";
-        QTest::newRow("test weight of a form not loaded") << 54 << "";
+        QTest::newRow("vibrator times from the main form") << 72 << "5" << "-1" << "0500FFFF";
+        QTest::newRow("empty first box") << 72 << "" << "-1" << "    FFFF";
+        QTest::newRow("empty last box blanks all") << 72 << "5" << "" << "        ";
+        QTest::newRow("no source: blanks stay") << 8 << "5" << "-1" << "        ";
+        QTest::newRow("test weight of a form not loaded") << 54 << "5" << "-1" << "        ";
     }
     void blockWriteTakesItsBoxesByStep()
     {
         QFETCH(int, step);
+        QFETCH(QString, first);
+        QFETCH(QString, second);
         QFETCH(QString, data);
-        Link().TxtDCansd[0] = QStringLiteral("5");
-        Link().TxtDCansd[1] = QStringLiteral("-1");
+        Link().TxtDCansd[0] = first;
+        Link().TxtDCansd[1] = second;
         StepNo = short(step);
         const QString frame = GetWrite_PLCD(QStringLiteral("D300"), 2);
         QCOMPARE(frame.mid(1, 7), QStringLiteral("1125804"));

@@ -1,7 +1,7 @@
 #include "test_support.h"
 
 #include "common/module1.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/step_table.h"

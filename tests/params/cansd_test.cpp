@@ -3,16 +3,20 @@
 #include "common/error_log.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
 #include "shell/app_setup.h"
+#include "shell/form_base.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <cmath>
 
 static const QList<int> kRaw = {3, 15, 40, 1234, -5, 7, 300, 100, 25, 500, 60, 61, 62, 350, -25536};
 static const QList<int> kAgg = {3, 3, 50, 50, 20, 30, 300, 100, 30, 500, 60, 0, 0, 350, 0};
@@ -281,6 +285,267 @@ private slots:
         if (!words.isEmpty())
             QTRY_VERIFY_WITH_TIMEOUT(ParamSetDone, 3000);
         QCOMPARE(h->takeFrames(), words.isEmpty() ? QStringList() : QStringList{Frame("110C828" + WordsHex(words))});
+    }
+
+    // The design's table of limits and defaults, each cell "low-high,default", with the message of the
+    // blocking check for the rows it tests on that scale (empty: not tested there, shown or not).
+    void limitsOfEveryScale_data()
+    {
+        QTest::addColumn<int>("scale");
+        QTest::addColumn<QStringList>("limits");
+        QTest::addColumn<QStringList>("messages");
+        const QStringList base{"请检查!超扣补秤脉冲时间的范围为:", "请检查!脉冲补称时间的范围为:",
+                               "请检查!卸料延时控制时间的范围为:", "请检查!按键归零允许范围为:",
+                               "请检查!卸料时的零位范围为:", "请检查!卸料允许误差值范围为:",
+                               "请检查!扣称提前量最大值为:", "请检查!扣称提前量调整值为:",
+                               "请检查!计量允许误差值为:", "请检查!计量落差调整最大值为:", "请检查!计量落差调整值为:"};
+        const QString m2 = "请检查!M2计量落差调整值为:", m3 = "请检查!M3计量落差调整值为:",
+                      m4 = "请检查!M4计量落差调整值为:", slow = "请检查!慢速配料值范围为:";
+        auto msgs = [&](const QString& r11, const QString& r12, const QString& r13, const QString& r14) {
+            return base + QStringList{r11, r12, r13, r14};
+        };
+        const QStringList aggregate = QString("0.1-2.0,0.3|0.1-2.0,0.3|0-9,5|20-200,50|1-100,20|1-200,30|0-300,300|"
+                                              "0-300,100|1-100,30|100-500,500|0-500,60|0-500,60|0-500,60|0-500,350|0-500,60")
+                                          .split('|');
+        for (int n = 0; n <= 5; ++n)
+            QTest::addRow("aggregate %d", n) << n << aggregate << msgs("", "", slow, "");
+        QTest::newRow("spare two-material 6")
+            << 6
+            << QString("0.1-2,0.3|0.1-3.0,0.3|0-9,5|10-100,25|1-50,10|1-100,20|0-300,300|0-300,20|1-50,8|20-50,50|"
+                       "0-50,12|0-50,12|0-50,12|0-50,12|1-500,5").split('|')
+            << msgs(m2, "", "", "");
+        QTest::newRow("water 7")
+            << 7
+            << QString("0.1-2,0.3|0.1-2.0,0.3|0-9,5|10.0-50.0,20.0|1.0-20.0,6.0|1.0-100.0,20.0|0-100.0,100.0|"
+                       "0-100.0,5.0|1.0-50.0,5.0|10.0-50.0,50.0|0-50.0,3|0-50.0,3|0-50.0,3|0.0-100.0,25.0|0-50.0,3")
+                   .split('|')
+            << msgs("", "", slow, "");
+        QTest::newRow("cement 8")
+            << 8
+            << QString("0.1-2.0,0.3|0.1-3.0,0.3|0-9,5|10-100,25|1-50,10|1-100,20|0-300,300|0-300,20|1-50,8|"
+                       "20-100,100|0-100,20|0-100,20|0-100,20|0-100,20|1-500,5").split('|')
+            << msgs(m2, m3, m4, slow + "(");
+        QTest::newRow("powder 9")
+            << 9
+            << QString("0.1-2,0.3|0.1-3.0,0.3|0-9,5|10-100,25|1-50,10|1-100,20|0-300,300|0-300,20|1-50,8|"
+                       "20-100,100|0-100,12|0-100,12|0-100,12|0-100,12|1-500,5").split('|')
+            << msgs(m2, m3, "", slow + "(");
+        QTest::newRow("spare two-material 10")
+            << 10
+            << QString("0.1-2,0.3|0.1-3.0,0.3|0-9,5|10-100,25|1-50,10|1-100,20|0-300,300|0-300,20|1-50,8|20-50,50|"
+                       "0-50,12|0-50,12|1-500,5|0-50,12|0-50,12").split('|')
+            << msgs(m2, slow, "", "");
+        const QStringList additive =
+            QString("0.1-2,0.3|0.1-2.0,0.3|0-9,5|0.20-1.00,0.5|0.05-1.00,0.20|0.05-2.00,0.50|0-5.00,2.00|0-5.00,0.20|"
+                    "0.05-0.50,0.20|1.00-10.00,10.00|0-10.00,0.50|0-10.00,0.50|0-10.00,0.50|0-5.00,2.00|0-10.00,0.50")
+                .split('|');
+        for (int n = 11; n <= 13; ++n)
+            QTest::addRow("additive %d", n) << n << additive << msgs("", m2, slow, "");
+    }
+
+    // Each limit through the form's own check: the value at the bound passes, one step beyond is refused
+    // with the message; each hint names the limits; the defaults reach the controller.
+    void limitsOfEveryScale()
+    {
+        QFETCH(int, scale);
+        QFETCH(QStringList, limits);
+        QFETCH(QStringList, messages);
+        for (QString& name : BinName)  // every material named: each row the scale has is shown
+            if (name.isEmpty())
+                name = QStringLiteral("料");
+        open(scale);
+        h->takeFrames();
+        const int d = ScaleDecimals[size_t(scale)];
+        QList<double> defaults;
+        for (const QString& cell : limits)
+            defaults << cell.section(',', 1).toDouble();
+        auto setDefaults = [&] {
+            for (int k = 0; k < 15; ++k)
+                box(k)->setText(limits[k].section(',', 1));
+        };
+        MbAnswerer mb;
+        // The first box of the OK button: a refusal, or the question, answered No.
+        auto firstBox = [&](int k, const QString& value) {
+            setDefaults();
+            box(k)->setText(value);
+            mb.texts.clear();
+            mb.queue(false);
+            clickOk();
+            return mb.texts.value(0);
+        };
+        for (int k = 0; k < 15; ++k) {
+            const QString range = limits[k].section(',', 0, 0);
+            const QString low = range.section('-', 0, 0), high = range.section('-', 1, 1);
+            const QString ending = k <= 2 ? ")S" : ")Kg";
+            const QString where = QStringLiteral("scale %1 box %2").arg(scale).arg(k);
+            QCOMPARE(box(k)->toolTip(), QStringLiteral("输入范围为:(") + low + '-' + high + ending);
+            if (messages[k].isEmpty())
+                continue;
+            const QString refusal = messages[k] + '(' + low + '-' + high + ending;
+            const double step = k <= 1 ? 0.1 : k == 2 ? 1 : std::pow(10.0, -d);
+            for (const QString& v : {low, high})
+                QVERIFY2(firstBox(k, v) != refusal, qPrintable(where + " at " + v));
+            for (double v : {low.toDouble() - step, high.toDouble() + step})
+                QVERIFY2(firstBox(k, QString::number(v, 'f', 2)) == refusal,
+                         qPrintable(where + " beyond: " + mb.texts.value(0)));
+        }
+        QList<int> words;
+        for (int k = 0; k < 15; ++k)
+            words << qRound(defaults[k] * (k <= 2 ? 10 : std::pow(10.0, d)));
+        h->takeFrames();
+        mb.queue(true);
+        ClickOn(Ctl<QWidget>(form, "cmdDefault"));
+        QTRY_VERIFY_WITH_TIMEOUT(ParamSetDone, 3000);
+        QCOMPARE(h->takeFrames(), QStringList{blockFrame('1', scale, WordsHex(words))});
+    }
+
+    // What the operator sees of rows 10 to 14: which show, what they are called, and that the spare rows
+    // a scale brings out take the window background like any box.
+    void rowsByScale_data()
+    {
+        QTest::addColumn<int>("scale");
+        QTest::addColumn<QStringList>("rows");  // "k=caption" of the rows 10 to 14 shown
+        QTest::newRow("aggregate") << 0 << QStringList{"10=落差调整值", "13=慢速配料值"};
+        QTest::newRow("cement, fourth unnamed")
+            << 8 << QStringList{"10=水泥M1落差调整值", "11=水泥M2落差调整值", "12=水泥M3落差调整值", "14=慢速配料值"};
+        QTest::newRow("spare 10, named") << 10 << QStringList{"10=矿粉M1落差调整值", "11=矿粉M2落差调整值", "12=慢速配料值"};
+        QTest::newRow("additive") << 11 << QStringList{"10=M1落差调整值", "12=M2落差调整值", "13=慢速配料值"};
+    }
+
+    void rowsByScale()
+    {
+        QFETCH(int, scale);
+        QFETCH(QStringList, rows);
+        BinName[16] = BinName[17] = QStringLiteral("x");
+        ScaleCaption = scale == 10 ? QStringLiteral("矿粉") : ScaleName[size_t(scale)];
+        open(scale);
+        QStringList shown;
+        for (int k = 10; k < 15; ++k) {
+            if (box(k)->isHidden())
+                continue;
+            shown << QStringLiteral("%1=%2").arg(k).arg(Ctl<QLabel>(form, QStringLiteral("LblCansd(%1)").arg(k))->text());
+            if (k == 11 || k == 12 || k == 14) {
+                const QColor window = QApplication::palette().color(QPalette::Base);
+                for (const char* part : {"LblCansd", "Label8"}) {
+                    auto* l = Ctl<QLabel>(form, QStringLiteral("%1(%2)").arg(part).arg(k));
+                    QVERIFY(l->autoFillBackground() && l->palette().color(QPalette::Window) == window);
+                }
+                QCOMPARE(box(k)->palette().color(QPalette::Base), window);
+            }
+        }
+        QCOMPARE(shown, rows);
+    }
+
+    // Typed characters outside the list are swallowed; keys that type nothing keep their role; a paste
+    // brings in only what could have been typed.
+    void typingInABox_data()
+    {
+        QTest::addColumn<int>("k");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("action");  // "type:", "paste:" or "delete" (at the start of the box)
+        QTest::addColumn<QString>("text");
+        QTest::newRow("letters and a second point swallowed") << 3 << "" << "type:1a2.3.4" << "12.34";
+        QTest::newRow("box 2 takes no point") << 2 << "" << "type:4.5" << "45";
+        QTest::newRow("Delete as X11 sends it") << 3 << "150" << "delete" << "50";
+        QTest::newRow("paste of letters refused") << 3 << "150" << "paste:abc-12" << "150";
+        QTest::newRow("paste of digits taken") << 3 << "" << "paste:12.5" << "12.5";
+    }
+
+    void typingInABox()
+    {
+        QFETCH(int, k);
+        QFETCH(QString, start);
+        QFETCH(QString, action);
+        QFETCH(QString, text);
+        open(0);
+        QLineEdit* b = box(k);
+        b->setText(start);
+        b->setFocus();
+        b->setCursorPosition(0);
+        if (action == "delete") {
+            QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
+        } else if (action.startsWith("paste:")) {
+            QGuiApplication::clipboard()->setText(action.mid(6));
+            b->paste();
+        } else {
+            QTest::keyClicks(b, action.mid(5));
+        }
+        QCOMPARE(b->text(), text);
+    }
+
+    // A form whose read is never answered shows zeros; the first page head is the selected one.
+    void freshLoadWithoutController()
+    {
+        h->sim.injectFault(plcsim::Fault::Unplugged);
+        ScaleNo = 0;
+        ParamDevice = QStringLiteral("D300");
+        OptionDevice = QStringLiteral("S500");
+        h->connectLink();
+        Forms::show(QStringLiteral("Cansd"));
+        form = Forms::loaded(QStringLiteral("Cansd"));
+        for (int k = 0; k < 15; ++k)
+            QCOMPARE(box(k)->text(), QStringLiteral("0"));
+        QCOMPARE(Ctl<QLineEdit>(form, "TxtSRead")->text(), QStringLiteral("0"));
+        const QColor chosen(0, 0, 192), other(64, 64, 64);
+        QCOMPARE(TextColor(label("LblBd(0)")), chosen);
+        QCOMPARE(TextColor(label("LblBd(1)")), other);
+        ClickOn(label("LblBd(1)"));
+        QCOMPARE(TextColor(label("LblBd(0)")), other);
+        QCOMPARE(TextColor(label("LblBd(1)")), chosen);
+    }
+
+    // Buttons act when the mouse goes down and comes up over them: let go elsewhere, nothing happens. The
+    // refresh button reads as it goes down and stays bright until it comes up.
+    void pressAndRelease_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<bool>("over");   // let go over the control
+        QTest::addColumn<bool>("asked");  // the question of the OK button came
+        QTest::addColumn<int>("reads");   // block reads sent
+        QTest::newRow("OK let go elsewhere") << "lblBdOk" << false << false << 0;
+        QTest::newRow("OK clicked") << "lblBdOk" << true << true << 0;
+        QTest::newRow("OK image clicked") << "ImgBdOk" << true << true << 0;
+        QTest::newRow("refresh let go elsewhere") << "cmdRefresh" << false << false << 1;
+        QTest::newRow("refresh caption clicked") << "lblRefresh" << true << false << 1;
+    }
+
+    void pressAndRelease()
+    {
+        QFETCH(QString, control);
+        QFETCH(bool, over);
+        QFETCH(bool, asked);
+        QFETCH(int, reads);
+        seed(0, kAgg);
+        open(0);
+        h->takeFrames();
+        MbAnswerer mb;
+        mb.queue(false);
+        QWidget* w = Ctl<QWidget>(form, control);
+        auto* picture = Ctl<QLabel>(form, QStringLiteral("cmdRefresh"));
+        const QImage bright = ButtonPicture(ButtonSize::Small, true).toImage();
+        const bool refresh = control.endsWith(QStringLiteral("Refresh"));
+        QTest::mousePress(w, Qt::LeftButton, {}, w->rect().center());
+        if (refresh)
+            QVERIFY(picture->pixmap().toImage() == bright);
+        QTest::mouseRelease(w, Qt::LeftButton, {}, over ? w->rect().center() : QPoint(-30, -30));
+        QTest::qWait(20);
+        QTRY_VERIFY(SendFlag);
+        QCOMPARE(mb.texts.contains(QStringLiteral("是否设定当前参数?")), asked);
+        QCOMPARE(int(h->takeFrames().count(blockFrame('0', 0))), reads);
+        QVERIFY(picture->pixmap().toImage() != bright);
+    }
+
+    // Rows 0, 5 and 6 of the aggregate editor keep the form's own captions in every language.
+    void aggregateEditorCaptionsInEnglish()
+    {
+        LangNo = 2;
+        ProfileFile = QStringLiteral(ORVA_LANG_FILE);
+        open(0, QStringLiteral("CansdAG"));
+        QStringList captions;
+        for (int k : {0, 1, 5, 6, 7})
+            captions << Ctl<QLabel>(form, QStringLiteral("LblCansd(%1)").arg(k))->text();
+        QCOMPARE(captions, (QStringList{"延时检查超差时间", "M1 Top-up pulse time", "卸料延时控制时间", "按键归零范围",
+                                        "Zero range"}));
     }
 
 private:

@@ -50,6 +50,16 @@ private slots:
         QTest::newRow("fan held") << 0xA6 << QByteArray(1, 0) << F("1001A020200") << ACK << QByteArray("\x40");
         QTest::newRow("dust valve held") << 0xA6 << QByteArray(1, 0) << F("1001A020400") << ACK << QByteArray("\x80");
         QTest::newRow("jog released") << 0xA6 << QByteArray("\xC4") << F("1001A020000") << ACK << QByteArray("\x04");
+        // Force on and off name a bit by its number, low byte first: Y0 is bit 0500, M8 bit 0808, S7 bit 0007.
+        QTest::newRow("force on Y0") << 0xA0 << QByteArray(1, 0) << F("70005") << ACK << QByteArray("\x01");
+        QTest::newRow("force off M8") << 0x101 << QByteArray("\xFF") << F("80808") << ACK << QByteArray("\xFE");
+        QTest::newRow("force on S7, other bits kept") << 0 << QByteArray("\x10") << F("70700") << ACK << QByteArray("\x90");
+        QTest::newRow("force beyond the bit memory") << 0 << none << F("70010") << NAK << none;
+        QTest::newRow("force with a wrong sum") << 0xA0 << QByteArray(1, 0) << QByteArray("\x02" "70005\x03" "00") << NAK
+                                                << QByteArray(1, 0);
+        QTest::newRow("enquiry") << 0 << none << QByteArray("\x05") << ACK << none;
+        QTest::newRow("unknown command") << 0 << none << F("20000") << NAK << none;
+        QTest::newRow("read of nine characters") << 0 << none << F("00000") << NAK << none;
     }
     void exchange()
     {
@@ -62,6 +72,46 @@ private slots:
         for (int i = 0; i < before.size(); ++i) c.setByteAt(address + i, quint8(before.at(i)));
         QCOMPARE(c.handleFrame(request), reply);
         for (int i = 0; i < after.size(); ++i) QCOMPARE(c.byteAt(address + i), quint8(after.at(i)));
+    }
+
+    // What every controller holds, read as a client of the protocol reads it.
+    void runBitsAndIdentification_data()
+    {
+        QTest::addColumn<bool>("running");
+        QTest::addColumn<QByteArray>("m8000");  // the byte of M8000..M8007
+        QTest::newRow("running: M8000 and M8003 on") << true << F("09");
+        QTest::newRow("stopped: M8001 on") << false << F("02");
+    }
+    void runBitsAndIdentification()
+    {
+        QFETCH(bool, running);
+        QFETCH(QByteArray, m8000);
+        Controller c;
+        c.setRunning(running);
+        QCOMPARE(c.handleFrame(F("001E001")), m8000);
+        // D8000 watchdog 200 ms, D8001 identification 100, D8002 8 k steps.
+        QCOMPARE(c.handleFrame(F("00E0006")), F("C80064000800"));
+        // A run bit forced off is the controller's again at once.
+        QCOMPARE(c.handleFrame(F(running ? "8000F" : "8010F")), ACK);
+        QCOMPARE(c.handleFrame(F("001E001")), m8000);
+        // A stopped controller takes the zero pulse of scale 0 into memory but does not calibrate.
+        c.setNoise(false);
+        c.setLoad(0, 2600);
+        QCOMPARE(c.handleFrame(F("7B500")), ACK);  // S181
+        QVERIFY(c.sBit(181));
+        QCOMPARE(c.sBit(999), running);
+        QCOMPARE(c.word(27), short(running ? 0 : 600));
+    }
+
+    // An enquiry between frames is answered at once; a frame after it as always.
+    void enquiryOnTheLine()
+    {
+        Controller c;
+        connect(&c, &Controller::reply, this, [this](const QByteArray& b) { got_ += b; });
+        c.feed("\x05");
+        c.feed("junk\x05" + kReadStatus.left(4));
+        c.feed(kReadStatus.mid(4) + "\x05");
+        QTRY_COMPARE(got_, ACK + ACK + kStatusClear + ACK);
     }
 
     void faults_data()

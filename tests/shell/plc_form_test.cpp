@@ -8,10 +8,11 @@
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
+#include "link/register_map.h"
 #include "shell/app_setup.h"
-#include "shell/lang.h"
+#include "common/lang.h"
 #include "shell/plc_form.h"
 #include "shell/single_instance.h"
 
@@ -23,6 +24,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLockFile>
+#include <QMouseEvent>
 #include <QTest>
 
 namespace {
@@ -87,6 +89,12 @@ private slots:
     void badFilesStillStart_data();
     void badFilesStillStart();
     void secondInstanceEnds();
+    void loginPanelGivesThePasswordTheFocus_data();
+    void loginPanelGivesThePasswordTheFocus();
+    void passwordBoxesShowStars_data();
+    void passwordBoxesShowStars();
+    void gluedEnglishKeepsItsBlank_data();
+    void gluedEnglishKeepsItsBlank();
 
 private:
     PLC* loadForm()
@@ -183,7 +191,7 @@ void PlcFormTest::portOpenFailures()
     plcsim::Controller* sim = &h->sim;
     SetPortFactory([&](int) -> CommPort* {
         if (refuse)
-            return new RefusingPort({PortOpenError(error), description});
+            return new RefusingPort({PortOpenError(error), description, 0, QString()});
         return new plcsim::SimPort(sim);
     });
     PLC* f = loadForm();
@@ -339,6 +347,100 @@ void PlcFormTest::secondInstanceEnds()
     QVERIFY(!Forms::get<PLC>(QStringLiteral("PLC"))->load());
     other.unlock();
     QVERIFY(Forms::get<PLC>(QStringLiteral("PLC"))->load());
+}
+
+void PlcFormTest::loginPanelGivesThePasswordTheFocus_data()
+{
+    QTest::addColumn<bool>("byActivation");  // else by the pointer over the panel
+    QTest::newRow("pointer over the panel") << false;
+    QTest::newRow("form activated") << true;
+}
+
+void PlcFormTest::loginPanelGivesThePasswordTheFocus()
+{
+    QFETCH(bool, byActivation);
+    PLC* f = loadForm();
+    QVERIFY(QTest::qWaitForWindowExposed(f));
+    f->ComboPlc->setFocus();
+    if (byActivation) {
+        auto* other = new QWidget;
+        other->show();
+        other->activateWindow();
+        QTRY_VERIFY(other->isActiveWindow());
+        f->ComboPlc->setFocus();
+        f->activateWindow();
+        QTRY_VERIFY(f->isActiveWindow());
+        delete other;
+    } else {
+        QMouseEvent move(QEvent::MouseMove, QPointF(20, 20), f->picCom->mapToGlobal(QPointF(20, 20)), Qt::NoButton,
+                         Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(f->picCom, &move);
+    }
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(f->txtPassword));
+}
+
+void PlcFormTest::passwordBoxesShowStars_data()
+{
+    QTest::addColumn<QString>("form");
+    QTest::newRow("login") << "PLC";
+    QTest::newRow("calibration gate") << "BcBut";
+}
+
+void PlcFormTest::passwordBoxesShowStars()
+{
+    QFETCH(QString, form);
+    QWidget* f = form == QLatin1String("PLC") ? loadForm() : Forms::load(form);
+    auto* box = Ctl<QLineEdit>(f, QStringLiteral("txtPassword"));
+    box->setText(QStringLiteral("90765"));
+    QCOMPARE(box->displayText(), QStringLiteral("*****"));
+}
+
+// English texts that follow a name keep the blank between them.
+void PlcFormTest::gluedEnglishKeepsItsBlank_data()
+{
+    QTest::addColumn<QString>("where");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("fault dialog") << "fault" << "port:Com2, and makes good contact.";
+    QTest::newRow("port in use") << "inuse" << "Com2 is in use by another program!";
+    QTest::newRow("material row") << "material" << "水泥M1 fall correction";
+    QTest::newRow("calibration title") << "title" << "骨料1 calibration";
+}
+
+void PlcFormTest::gluedEnglishKeepsItsBlank()
+{
+    QFETCH(QString, where);
+    QFETCH(QString, text);
+    MbAnswerer mb;
+    QString shown;
+    if (where == QLatin1String("inuse")) {
+        SetPortFactory([](int) -> CommPort* { return new RefusingPort({PortOpenError::InUse, QString(), 0, QString()}); });
+        TextFile::writeLines(LangSelFile(), {QStringLiteral("[PLCCOMLANSEL]"), QStringLiteral("LANSEL=2")});
+        PLC* f = loadForm();
+        f->txtPassword->setText(QStringLiteral("48213"));
+        f->cmdOk();
+        shown = mb.texts.value(0);
+    } else {
+        LangNo = 2;
+        ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));
+        h->connectLink();
+        const int scale = where == QLatin1String("material") ? 8 : 0;
+        ScaleNo = short(scale);
+        ScaleTitle = ScaleCaption = ScaleName[size_t(scale)];
+        OptionDevice = QLatin1String(kScaleDevices[size_t(scale)].option);
+        ParamDevice = QLatin1String(kScaleDevices[size_t(scale)].param);
+        if (where == QLatin1String("fault")) {
+            Link().RetryCount = 8;
+            Link().RetryRequest();
+            shown = mb.texts.value(0);
+        } else if (where == QLatin1String("material")) {
+            Forms::show(QStringLiteral("Cansd"));
+            shown = label(Forms::loaded(QStringLiteral("Cansd")), "LblCansd(10)");
+        } else {
+            Forms::show(QStringLiteral("YIBiao"));
+            shown = label(Forms::loaded(QStringLiteral("YIBiao")), "LblBceng");
+        }
+    }
+    QVERIFY2(shown.contains(text), qPrintable(shown));
 }
 
 QTEST_MAIN(PlcFormTest)

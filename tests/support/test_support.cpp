@@ -6,7 +6,7 @@
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "link/form_access.h"
+#include "common/form_access.h"
 #include "link/link_engine.h"
 #include "plcsim/sim_port.h"
 #include "shell/single_instance.h"

@@ -56,7 +56,8 @@ std::optional<Device> device(const QString& text)
         return std::nullopt;
     const bool octal = !text.contains(QLatin1Char('8')) && !text.contains(QLatin1Char('9'));
     if ((letter == QLatin1Char('D') && (*n <= 511 || (*n >= 8000 && *n <= 8255))) ||
-        (letter == QLatin1Char('S') && *n <= 1023) || (letter == QLatin1Char('Y') && octal && *n <= 177))
+        (letter == QLatin1Char('S') && *n <= 1023) || (letter == QLatin1Char('Y') && octal && *n <= 177) ||
+        (letter == QLatin1Char('M') && (*n <= 1535 || (*n >= 8000 && *n <= 8255))))
         return Device{letter, *n};
     return std::nullopt;
 }
@@ -115,7 +116,7 @@ ControlAnswer runControlCommand(Controller& c, const QString& line)
     if (cmd == QLatin1String("set") && w.size() == 3) {
         const auto d = device(w.at(1));
         const auto v = number(w.at(2));
-        if (!d || !v || d->letter == QLatin1Char('Y'))
+        if (!d || !v || d->letter == QLatin1Char('Y') || d->letter == QLatin1Char('M'))
             return error(QStringLiteral("set Dn VALUE | set Sn 0|1"));
         if (d->letter == QLatin1Char('D'))
             c.setWord(d->number, short(*v));
@@ -126,9 +127,11 @@ ControlAnswer runControlCommand(Controller& c, const QString& line)
     if (cmd == QLatin1String("get") && w.size() == 2) {
         const auto d = device(w.at(1));
         if (!d)
-            return error(QStringLiteral("get Dn | Sn | Yn"));
+            return error(QStringLiteral("get Dn | Sn | Yn | Mn"));
         if (d->letter == QLatin1Char('D'))
             return ok(QString::number(c.word(d->number)));
+        if (d->letter == QLatin1Char('M'))
+            return ok(QString::number(c.mBit(d->number)));
         return ok(QString::number(d->letter == QLatin1Char('S') ? c.sBit(d->number) : c.yBit(d->number)));
     }
     if (cmd == QLatin1String("load") && w.size() == 3) {
@@ -166,9 +169,33 @@ ControlAnswer runControlCommand(Controller& c, const QString& line)
             return ok();
         }
     }
+    if ((cmd == QLatin1String("run") || cmd == QLatin1String("stop")) && w.size() == 1) {
+        c.setRunning(cmd == QLatin1String("run"));
+        return ok();
+    }
     if (cmd == QLatin1String("quit") && w.size() == 1)
         return {QStringLiteral("ok"), true};
     return error(QStringLiteral("unknown command: ") + line.simplified());
+}
+
+QString protocolHelp()
+{
+    return QStringLiteral(
+        "Requests answered (STX command ... ETX and two sum digits, the low byte of the sum after STX):\n"
+        "  0 read bytes       STX 0 AAAA NN ETX SS: STX, 2*NN hex digits, ETX, SS\n"
+        "  1 write bytes      STX 1 AAAA NN DD.. ETX SS: ACK\n"
+        "  7 force on, 8 force off   STX 7 BBBB ETX SS, BBBB the bit number low byte first: ACK\n"
+        "  ENQ                ACK\n"
+        "  anything else, a wrong sum, length or address: NAK\n"
+        "Byte memory: S 0000, X 0080, Y 00A0, T 00C0, M 0100, C 01C0, M8000 01E0, D8000 0E00, D 1000.\n"
+        "Bit numbers of force: byte address * 8 + bit, below 1000 hex (S0 0000, Y0 0500, M0 0800, M8000 0F00).\n"
+        "Always there: M8000 on and M8001 off while running, the reverse when stopped; M8002 off, M8003\n"
+        "on while running; D8000 200 (watchdog, ms), D8001 100 (this simulator, version 1.00), D8002 8\n"
+        "(program memory, k steps), D8010..D8012 20 (scan time, 0.1 ms).\n"
+        "Not modelled: other commands (extended addressing, program transfer, passwords); inputs X,\n"
+        "timers and counters, which hold what is written; any program but the console's part (calibration,\n"
+        "hardware initialisation, live values, hoist, fan and valve, factory state); parity and framing\n"
+        "of the line (a pseudo-terminal carries 8N1); the controller's own answer delay.\n");
 }
 
 QString controlCommandHelp()
@@ -178,9 +205,12 @@ QString controlCommandHelp()
         "  fault KIND [COUNT]   spoil the next COUNT answers (default 1); KIND: none, noreply, nak,\n"
         "                       garbage, short, long, late, unplugged\n"
         "  unplug | plug        no answers at all until plug\n"
+        "  hangup | reopen      the pseudo-terminal closes; a new one, answered \"ok DEVICE\", --link\n"
+        "                       PATH then leads to it\n"
         "  outcome success|refuse|none   answer of the next zero or span calibrations\n"
         "  set Dn VALUE | set Sn 0|1     change memory\n"
-        "  get Dn | Sn | Yn     answered \"ok VALUE\"\n"
+        "  get Dn | Sn | Yn | Mn   answered \"ok VALUE\"\n"
+        "  run | stop           the controller's mode: the run bits follow, and a stopped program does nothing\n"
         "  load SCALE AD        raw signal level of scale index SCALE\n"
         "  late MS | init-delay MS\n"
         "  init-never on|off | paced on|off | live on|off | noise on|off\n"

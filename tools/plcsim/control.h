@@ -19,5 +19,7 @@ ControlAnswer runControlCommand(Controller& controller, const QString& line);
 
 // The commands, for --help.
 QString controlCommandHelp();
+// What the controller answers and what it does not model, for --help.
+QString protocolHelp();
 
 }  // namespace plcsim

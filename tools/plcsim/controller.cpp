@@ -27,6 +27,13 @@ constexpr int kFanRequest = 209, kDustRequest = 210, kInitRequest = 211, kHoistS
 constexpr int kCalRefused = 998, kCalDone = 999;
 constexpr int kYFan = 066, kYDust = 067;
 constexpr int kHoistCount = 291, kHoistToWait = 292, kHoistToDischarge = 293;
+constexpr int kHoistDecelUp = 294, kHoistDecelDown = 295;
+constexpr int kFactoryRequest = 212;
+// Total sensor loads at D200.., in the units of the console's default decimals: 3000 kg under the
+// aggregate and cement scales, 1500.0 kg under the powder and water scales, 150.00 kg under the admixtures.
+constexpr int kSensorD = 200;
+constexpr std::array<short, 14> kSensorLoads = {3000, 3000, 3000,  3000,  3000,  3000,  15000,
+                                                15000, 3000, 15000, 15000, 15000, 15000, 15000};
 
 int wordAddress(int dNumber)
 {
@@ -115,8 +122,45 @@ Controller::Controller(QObject* parent) : QObject(parent)
         scales_[k].load = 3000 + 250 * k;
         refreshScale(k);
     }
-    setWord(294, 300);  // deceleration distances of a commissioned hoist
-    setWord(295, 300);
+    setSystemBits();
+    setWord(kHoistDecelUp, 300);  // deceleration distances of a commissioned hoist
+    setWord(kHoistDecelDown, 300);
+    for (int i = 0; i < int(kSensorLoads.size()); ++i)
+        setWord(kSensorD + i, kSensorLoads[i]);
+}
+
+// The controller's own registers and run bits, which no request changes for long.
+void Controller::setSystemBits()
+{
+    setWord(8000, kWatchdogMs);
+    setWord(8001, kIdentification);
+    setWord(8002, kMemorySteps);
+    for (int d = 8010; d <= 8012; ++d)
+        setWord(d, kScanTenthsMs);
+    quint8& runByte = mem_[kSpecialM];
+    runByte &= quint8(~0x0F);
+    // M8000 run, M8001 not run; M8002, the first scan, is long over; M8003 is its opposite.
+    runByte |= running_ ? quint8(0x01 | 0x08) : quint8(0x02);
+}
+
+void Controller::setRunning(bool on)
+{
+    running_ = on;
+    if (!on) {
+        liveTimer_.stop();
+        hoistTimer_.stop();
+        initTimer_.stop();
+    }
+    setSystemBits();
+}
+
+bool Controller::mBit(int n) const
+{
+    if (n >= 0 && n <= 1535)
+        return (byteAt(0x100 + n / 8) >> (n % 8)) & 1;
+    if (n >= 8000 && n <= 8255)
+        return (byteAt(kSpecialM + (n - 8000) / 8) >> ((n - 8000) % 8)) & 1;
+    return false;
 }
 
 quint8 Controller::byteAt(int address) const
@@ -178,18 +222,42 @@ QByteArray Controller::execute(const QByteArray& frame, Answer* kind)
 {
     *kind = Answer::Nak;
     const QByteArray nak(1, kNak);
+    if (frame == QByteArray(1, kEnq)) {
+        *kind = Answer::Enquiry;
+        return QByteArray(1, kAck);
+    }
     const int n = int(frame.size());
-    if (n < 11 || frame.at(0) != kStx || frame.at(n - 3) != kEtx)
+    if (n < 9 || frame.at(0) != kStx || frame.at(n - 3) != kEtx)
         return nak;
     const int sum = hexValue(frame, n - 2, 2);
     if (sum < 0 || sum != frameSum(frame, n - 3))
+        return nak;
+    const char command = frame.at(1);
+
+    if ((command == '7' || command == '8') && n == 9) {
+        // The bit number travels low byte first.
+        const int low = hexValue(frame, 2, 2), high = hexValue(frame, 4, 2);
+        if (low < 0 || high < 0)
+            return nak;
+        const int bit = high * 256 + low;
+        if (bit >= kForceBits)
+            return nak;
+        const QByteArray before(1, char(mem_[bit / 8]));
+        const quint8 mask = quint8(1 << (bit % 8));
+        mem_[bit / 8] = command == '7' ? quint8(mem_[bit / 8] | mask) : quint8(mem_[bit / 8] & ~mask);
+        afterWrite(before, bit / 8);
+        *kind = Answer::Force;
+        return QByteArray(1, kAck);
+    }
+
+    if (n < 11)
         return nak;
     const int address = hexValue(frame, 2, 4);
     const int count = hexValue(frame, 6, 2);
     if (address < 0 || count <= 0 || address + count > kMemorySize)
         return nak;
 
-    if (frame.at(1) == '0' && n == 11) {
+    if (command == '0' && n == 11) {
         QByteArray r(1, kStx);
         for (int i = 0; i < count; ++i)
             r += hex2(mem_[address + i]);
@@ -198,7 +266,7 @@ QByteArray Controller::execute(const QByteArray& frame, Answer* kind)
         *kind = Answer::Read;
         return r;
     }
-    if (frame.at(1) == '1' && n == 11 + 2 * count) {
+    if (command == '1' && n == 11 + 2 * count) {
         QByteArray data;
         for (int i = 0; i < count; ++i) {
             const int b = hexValue(frame, 8 + 2 * i, 2);
@@ -221,6 +289,13 @@ void Controller::feed(const QByteArray& bytes)
     rx_ += bytes;
     for (;;) {
         const qsizetype stx = rx_.indexOf(kStx);
+        // An enquiry between frames is answered on its own.
+        const qsizetype enq = rx_.indexOf(kEnq);
+        if (enq >= 0 && (stx < 0 || enq < stx)) {
+            rx_.remove(0, enq + 1);
+            takeFrame(QByteArray(1, kEnq));
+            continue;
+        }
         if (stx < 0) {
             rx_.clear();  // nothing but junk so far
             return;
@@ -352,6 +427,10 @@ void Controller::pumpPaced()
 void Controller::afterWrite(const QByteArray& before, int address)
 {
     const int count = int(before.size());
+    // The run bits and system registers are the controller's; a write to them lasts until the next scan.
+    setSystemBits();
+    if (!running_)
+        return;
     auto inWrite = [&](int byte) { return byte >= address && byte < address + count; };
     auto rose = [&](int s) {
         return inWrite(s / 8) && !((quint8(before.at(s / 8 - address)) >> (s % 8)) & 1) && sBit(s);
@@ -399,6 +478,17 @@ void Controller::afterWrite(const QByteArray& before, int address)
     }
     if (rose(kHoistCancel))
         hoistTimer_.stop();
+
+    // The factory state: the hoist forgets its calibration and takes the deceleration distances it
+    // left the works with.
+    if (rose(kFactoryRequest)) {
+        hoistTimer_.stop();
+        setWord(kHoistCount, 0);
+        setWord(kHoistToWait, 0);
+        setWord(kHoistToDischarge, 0);
+        setWord(kHoistDecelUp, 300);
+        setWord(kHoistDecelDown, 300);
+    }
 }
 
 void Controller::finishInit()
@@ -450,7 +540,7 @@ void Controller::refreshScale(int k, int drift)
 
 void Controller::setLiveModel(bool on)
 {
-    if (on && !liveTimer_.isActive())
+    if (on && running_ && !liveTimer_.isActive())
         liveTimer_.start();
     else if (!on)
         liveTimer_.stop();

@@ -16,11 +16,23 @@ namespace plcsim {
 
 inline constexpr char kStx = 0x02;
 inline constexpr char kEtx = 0x03;
+inline constexpr char kEnq = 0x05;
 inline constexpr char kAck = 0x06;
 inline constexpr char kNak = 0x15;
 
-// Byte memory: S from 0000, Y from 00A0, M from 0100, D8000.. from 0E00, D0..D511 from 1000.
+// Byte memory: S from 0000, X from 0080, Y from 00A0, T from 00C0, M from 0100, C from 01C0,
+// M8000.. from 01E0, D8000.. from 0E00, D0..D511 from 1000.
 inline constexpr int kMemorySize = 0x1400;
+// Force on and off name one bit by its number in that memory: byte * 8 + bit, below 1000 hex.
+inline constexpr int kForceBits = 0x1000;
+inline constexpr int kSpecialM = 0x01E0;  // M8000
+
+// What a controller always holds, running or stopped: the watchdog time, its identification, its
+// program memory and its scan times. The identification is this simulator's own.
+inline constexpr short kWatchdogMs = 200;       // D8000
+inline constexpr short kIdentification = 100;   // D8001: simulator version 1.00
+inline constexpr short kMemorySteps = 8;        // D8002: 8 k steps
+inline constexpr short kScanTenthsMs = 20;      // D8010..D8012: current, shortest and longest scan, 0.1 ms
 inline constexpr int kScales = 16;
 
 enum class Fault { None, NoReply, Nak, Garbage, Short, Long, Late, Unplugged };
@@ -39,6 +51,12 @@ public:
     bool sBit(int n) const;
     void setSBit(int n, bool on);
     bool yBit(int octalNumber) const;  // yBit(66) is Y66
+    bool mBit(int n) const;             // M0..M1535 and M8000..M8255
+
+    // Running: M8000 on, M8001 off, and the program acts on what is written. Stopped: M8000 off,
+    // M8001 on, memory is still read, written and forced, and the program does nothing.
+    void setRunning(bool on);
+    bool running() const { return running_; }
 
     // One complete frame in, the true reply out (empty for none). No faults, no pacing.
     QByteArray handleFrame(const QByteArray& frame);
@@ -75,7 +93,7 @@ signals:
     void requestReceived(const QByteArray& frame);
 
 private:
-    enum class Answer { Read, Write, Nak };
+    enum class Answer { Read, Write, Force, Enquiry, Nak };
     QByteArray execute(const QByteArray& frame, Answer* kind);
     void takeFrame(const QByteArray& frame);
     void send(const QByteArray& bytes);
@@ -88,6 +106,7 @@ private:
     void liveTick();
     void hoistTick();
     void finishInit();
+    void setSystemBits();
 
     std::array<quint8, kMemorySize> mem_{};
     QByteArray rx_;
@@ -114,6 +133,7 @@ private:
     QRandomGenerator rng_{20240611};
     QTimer liveTimer_;
 
+    bool running_ = true;
     Outcome outcome_ = Outcome::Success;
     QTimer initTimer_;
     bool initNever_ = false;

@@ -11,6 +11,7 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <ctime>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -48,7 +49,7 @@ int main(int argc, char** argv)
     parser.setApplicationDescription(
         QStringLiteral("Simulated plant controller on a pseudo-terminal (9600 baud, 7E1 framing).\n"
                        "Prints the slave device on the first line of stdout and serves until killed.\n\n") +
-        plcsim::controlCommandHelp());
+        plcsim::protocolHelp() + QLatin1Char('\n') + plcsim::controlCommandHelp());
     parser.addHelpOption();
     const QCommandLineOption link(QStringLiteral("link"), QStringLiteral("Make a symbolic link PATH to the device."),
                                   QStringLiteral("PATH"));
@@ -66,15 +67,22 @@ int main(int argc, char** argv)
     const QCommandLineOption fault(QStringLiteral("fault"),
                                    QStringLiteral("Start with a fault on the next COUNT requests (1)."),
                                    QStringLiteral("KIND[:COUNT]"));
+    const QCommandLineOption stopped(QStringLiteral("stopped"),
+                                     QStringLiteral("Start as a stopped controller (run bits off, no program)."));
     const QCommandLineOption controlStdin(QStringLiteral("control-stdin"),
                                           QStringLiteral("Read control commands from stdin."));
     const QCommandLineOption noLive(QStringLiteral("no-live"),
                                     QStringLiteral("Keep AD values and weights still (no scan, no noise)."));
-    parser.addOptions({link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive});
+    const QCommandLineOption trace(QStringLiteral("trace"),
+                                   QStringLiteral("Write every chunk received (R) and sent (T) to FILE, one line "
+                                                  "each: monotonic nanoseconds, R or T, the bytes in hex."),
+                                   QStringLiteral("FILE"));
+    parser.addOptions({link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive, trace, stopped});
     parser.process(app);
 
     plcsim::Controller controller;
     controller.setPaced(!parser.isSet(noPace));
+    controller.setRunning(!parser.isSet(stopped));
     controller.setLiveModel(!parser.isSet(noLive));
     controller.setInitNever(parser.isSet(initNever));
     if (parser.isSet(initDelay)) {
@@ -106,6 +114,22 @@ int main(int argc, char** argv)
         std::fputs(qPrintable(QStringLiteral("plcsim: cannot open a pseudo-terminal: ") + error + QLatin1Char('\n')),
                    stderr);
         return 1;
+    }
+    // The trace is connected first, so that its clock is read before the bytes are handled or written.
+    std::FILE* traceFile = nullptr;
+    if (parser.isSet(trace)) {
+        traceFile = std::fopen(qPrintable(parser.value(trace)), "w");
+        if (!traceFile)
+            usageError(QStringLiteral("--trace: cannot write ") + parser.value(trace));
+        auto log = [traceFile](char dir, const QByteArray& bytes) {
+            timespec ts{};
+            clock_gettime(CLOCK_MONOTONIC, &ts);
+            std::fprintf(traceFile, "%lld %c %s\n", (long long)ts.tv_sec * 1000000000LL + ts.tv_nsec, dir,
+                         bytes.toHex().constData());
+        };
+        QObject::connect(&pty, &plcsim::PtyEndpoint::bytesReceived, &controller,
+                         [log](const QByteArray& b) { log('R', b); });
+        QObject::connect(&controller, &plcsim::Controller::reply, &pty, [log](const QByteArray& b) { log('T', b); });
     }
     QObject::connect(&pty, &plcsim::PtyEndpoint::bytesReceived, &controller, &plcsim::Controller::feed);
     QObject::connect(&controller, &plcsim::Controller::reply, &pty, &plcsim::PtyEndpoint::write);
@@ -153,6 +177,26 @@ int main(int argc, char** argv)
                 pendingLine.remove(0, end + 1);
                 if (line.isEmpty())
                     continue;
+                // The line itself, as a pulled adapter and one plugged in again at the same path.
+                if (line == QLatin1String("hangup")) {
+                    pty.close();
+                    say(QStringLiteral("ok"));
+                    continue;
+                }
+                if (line == QLatin1String("reopen")) {
+                    pty.close();
+                    QString why;
+                    if (!pty.open(&why)) {
+                        say(QStringLiteral("error: ") + why);
+                        continue;
+                    }
+                    if (!linkPath.isEmpty()) {
+                        QFile::remove(linkPath);
+                        QFile::link(pty.slavePath(), linkPath);
+                    }
+                    say(QStringLiteral("ok ") + pty.slavePath());
+                    continue;
+                }
                 const plcsim::ControlAnswer answer = plcsim::runControlCommand(controller, line);
                 say(answer.text);
                 if (answer.quit)
@@ -162,6 +206,8 @@ int main(int argc, char** argv)
     }
 
     const int rc = app.exec();
+    if (traceFile)
+        std::fclose(traceFile);
     if (!linkPath.isEmpty() && QFileInfo(linkPath).symLinkTarget() == QFileInfo(pty.slavePath()).absoluteFilePath())
         QFile::remove(linkPath);
     ::close(gSignalPipe[0]);

@@ -67,6 +67,16 @@ bool PtyEndpoint::open(QString* error)
     return true;
 }
 
+void PtyEndpoint::close()
+{
+    hupWait_.stop();
+    delete notifier_;
+    notifier_ = nullptr;
+    if (fd_ >= 0)
+        ::close(fd_);
+    fd_ = -1;
+}
+
 void PtyEndpoint::readable()
 {
     pollfd p{fd_, POLLIN, 0};

@@ -16,6 +16,8 @@ public:
     ~PtyEndpoint() override;
 
     bool open(QString* error);
+    // The controller's end goes away: the console's side of the line hangs up. open() makes a new one.
+    void close();
     QString slavePath() const { return slave_; }
     void write(const QByteArray& bytes);
 

@@ -1,0 +1,266 @@
+#include "plant/zd_time.h"
+
+#include "common/form_access.h"
+#include "common/lang.h"
+#include "common/module1.h"
+#include "common/scale_table.h"
+#include "common/vbtext.h"
+#include "link/frame_codec.h"
+#include "link/link_engine.h"
+#include "link/register_map.h"
+#include "shell/key_filter.h"
+
+#include <QFrame>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QTimer>
+
+namespace {
+constexpr int kFormWidth = 800, kFormHeight = 560;
+constexpr int kPageTop = 100, kPageWidth = 780, kPageHeight = 360;
+constexpr int kGroupWidth = 364, kRowStep = 30;
+constexpr int kFields = 28;
+constexpr int kMaxChars = 6;
+
+// Each vibrator: the scale it belongs to, its first and last field, and where its group sits.
+struct Vibrator {
+    int scale;
+    int first;
+    int last;
+    int tab;
+    int column;
+    int top;
+};
+constexpr Vibrator kVibrators[] = {
+    {2, 0, 3, 0, 0, 14},   {3, 4, 7, 0, 1, 14},    {4, 8, 11, 0, 0, 184},  {5, 12, 15, 0, 1, 184},
+    {6, 16, 19, 1, 0, 14}, {8, 20, 21, 1, 1, 14},  {9, 22, 23, 1, 1, 124}, {10, 24, 25, 1, 1, 234},
+};
+// Titles as the form was designed; at run time they come from the scale names.
+constexpr const char* kDesignTitles[] = {"骨料3振动器",    "骨料4振动器",    "骨料5振动器",    "骨料6振动器",
+                                         "外加粉振动器",   "水泥卸料振动器", "粉灰卸料振动器", "矿粉卸料振动器"};
+
+// Even fields are pauses, odd ones vibration times.
+double lowOf(int i) { return i % 2 == 0 ? 1 : 0; }
+QString rangeOf(int i) { return i % 2 == 0 ? QStringLiteral("(1-60)S") : QStringLiteral("(0-60)S"); }
+QString defaultOf(int i) { return i % 2 == 0 ? QStringLiteral("3") : (i < 16 ? QStringLiteral("6") : QStringLiteral("1")); }
+// Fields 26 and 27 belong to no tab.
+int tabOf(int i) { return i < 16 ? 0 : (i < 26 ? 1 : -1); }
+
+void setTextColor(QWidget* w, const QColor& c)
+{
+    QPalette p = w->palette();
+    p.setColor(QPalette::WindowText, c);
+    w->setPalette(p);
+}
+}  // namespace
+
+ZDTime::ZDTime() : FormBase(QStringLiteral("ZDTime"))
+{
+    setFixedSize(kFormWidth, kFormHeight);
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), QString(), {0, 10, kFormWidth, 36}, 20);
+    ImageExit = addExitImage(QStringLiteral("ImageExit"), {kFormWidth - 44, 10});
+
+    for (int t = 0; t < 2; ++t) {
+        ImgBd << addTab(this, IndexedName("ImgBd", t), IndexedName("LblBd", t), {20 + 142 * t, 58, 136, 36}, QString(),
+                        [this, t] { SelectTab(t); });
+        PicZDTime[size_t(t)] = addPanel(this, IndexedName("PicZDTime", t), {10, kPageTop, kPageWidth, kPageHeight});
+        addHoverSurface(PicZDTime[size_t(t)]);
+    }
+    for (int i = 0; i < kFields; ++i) {
+        TxtDCansd << nullptr;
+        LblCansd << nullptr;
+        Label2 << nullptr;
+    }
+    auto addField = [this](int i, QWidget* parent, int x, int y) {
+        LblCansd[i] = addLabel(IndexedName("LblCansd", i), QString(), {x, y, 210, 26}, parent);
+        LblCansd[i]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        auto* box = new QLineEdit(parent);
+        box->setObjectName(IndexedName("TxtDCansd", i));
+        box->setGeometry(x + 216, y, 70, 26);
+        box->setAlignment(Qt::AlignRight);
+        RestrictKeys(box, QStringLiteral("1234567890"));
+        connect(box, &QLineEdit::textEdited, box, [box](const QString& t) {
+            if (t.size() > kMaxChars)
+                box->setText(t.left(kMaxChars));
+        });
+        box->installEventFilter(this);
+        TxtDCansd[i] = box;
+        Label2[i] = addLabel(IndexedName("Label2", i), QString(), {x + 292, y, 50, 26}, parent);
+    };
+    for (const Vibrator& v : kVibrators) {
+        auto* group = new QFrame(PicZDTime[size_t(v.tab)]);
+        group->setObjectName(IndexedName("FraZD", v.scale));
+        const int rows = v.last - v.first + 1;
+        group->setGeometry(16 + 380 * v.column, v.top, kGroupWidth, 40 + kRowStep * rows);
+        group->setStyleSheet(QStringLiteral("QFrame#FraZD\\(%1\\) { border: 1px solid #c5d3e6; border-radius: 6px; }")
+                                 .arg(v.scale));
+        QLabel* title = addLabel(IndexedName("lblTitleName", v.scale), QString(), {12, 6, kGroupWidth - 24, 26}, group);
+        title->setStyleSheet(QStringLiteral("QLabel { font-weight: bold; color: #17407a; } QLabel:disabled { color: #9aa4b2; }"));
+        lblTitleName[size_t(v.scale)] = title;
+        for (int i = v.first; i <= v.last; ++i)
+            addField(i, group, 6, 36 + kRowStep * (i - v.first));
+    }
+    // The last pair belongs to no vibrator and lies below the visible area; it is read and written all the same.
+    addField(26, this, 20, kFormHeight + 20);
+    addField(27, this, 20, kFormHeight + 20 + kRowStep);
+
+    LbLCssdS = addLabel(QStringLiteral("LbLCssdS"), QString(), {20, 470, kPageWidth, 28});
+    LbLCssdS->setStyleSheet(QStringLiteral("font-weight: bold;"));
+    LbLCssdS->hide();
+    ImgBdOk = addImageButton(this, QStringLiteral("ImgBdOk"), QStringLiteral("lblBdOk"), {420, 508, 110, 34},
+                             ButtonSize::Small, QString(), [this] { okClicked(); });
+    cmdDefault = addImageButton(this, QStringLiteral("cmdDefault"), QStringLiteral("lblDefault"), {540, 508, 120, 34},
+                                ButtonSize::Small, QString(), [this] { defaultClicked(); });
+    ImgReturn = addImageButton(this, QStringLiteral("ImgReturn"), QStringLiteral("lblReturn"), {670, 508, 110, 34},
+                               ButtonSize::Small, QString(), [this] { returnClicked(); });
+
+    // Load
+    loadCaptions();
+    for (const Vibrator& v : kVibrators) {
+        const size_t s = size_t(v.scale);
+        if (!ScaleName[s].isEmpty() && ScaleVibrator[s] == 1) {
+            lblTitleName[s]->setText(ScaleName[s] + text("ZDTIME008", "振动器"));
+            continue;
+        }
+        for (int i = v.first; i <= v.last; ++i) {
+            TxtDCansd[i]->setEnabled(false);
+            LblCansd[i]->setEnabled(false);
+        }
+        lblTitleName[s]->setEnabled(false);
+        lblTitleName[s]->setText(text("ZDTIME009", "备用振动器"));
+    }
+    SelectTab(0);
+    const QString hint = ComText(QStringLiteral("COM023"), QStringLiteral("输入范围为:"));
+    for (int i = 0; i < kFields; ++i)
+        TxtDCansd[i]->setToolTip(hint + rangeOf(i));
+    StepNo = 71;
+    SendFlag = true;
+    send_recieve(BuildReadFrameWords(QLatin1String(kVibratorBlock), kVibratorWords));
+}
+
+QString ZDTime::text(const char* key, const char* deflt) const
+{
+    return LangText(QStringLiteral("LANZDTIMEFORM"), QLatin1String(key), QString::fromUtf8(deflt));
+}
+
+void ZDTime::loadCaptions()
+{
+    const QString title = text("ZDTIME001", "振动器振动时间设定");
+    setWindowTitle(title);
+    lblFormTitle->setText(title);
+    ImgBd[0].setText(text("ZDTIME002", "骨料振动器"));
+    ImgBd[1].setText(text("ZDTIME003", "粉料振动器"));
+    const QString four[4] = {text("ZDTIME004", "计量振动间歇时间"), text("ZDTIME005", "计量振动时间"),
+                             text("ZDTIME006", "卸料振动间歇时间"), text("ZDTIME007", "卸料振动时间")};
+    const QString two[2] = {text("ZDTIME014", "间歇时间"), text("ZDTIME015", "振动时间")};
+    const QString second = text("ZDTIME016", "秒");
+    for (int i = 0; i < kFields; ++i) {
+        LblCansd[i]->setText(i < 20 ? four[i % 4] : two[i % 2]);
+        Label2[i]->setText(second);
+    }
+    for (size_t k = 0; k < std::size(kVibrators); ++k)
+        lblTitleName[size_t(kVibrators[k].scale)]->setText(QString::fromUtf8(kDesignTitles[k]));
+    ImgBdOk.setText(ComText(QStringLiteral("COM001"), QStringLiteral("确 定")));
+    cmdDefault.setText(ComText(QStringLiteral("COM006"), QStringLiteral("初始化参数")));
+    cmdDefault.image->setToolTip(ComText(QStringLiteral("COM027"), QStringLiteral("设置出厂默认的经验值")));
+    ImgReturn.setText(ComText(QStringLiteral("COM003"), QStringLiteral("返 回")));
+}
+
+void ZDTime::showEvent(QShowEvent* e)
+{
+    FormBase::showEvent(e);
+    CurrentForm = objectName();
+}
+
+void ZDTime::SelectTab(int tab)
+{
+    for (int t = 0; t < 2; ++t) {
+        PicZDTime[size_t(t)]->setVisible(t == tab);
+    }
+    FormBase::selectTab(ImgBd, tab);
+    for (int t = 0; t < 2; ++t)
+        setTextColor(ImgBd[t].caption, t == tab ? QColor(0, 0, 0xC0) : QColor(0x40, 0x40, 0x40));
+}
+
+bool ZDTime::eventFilter(QObject* watched, QEvent* event)
+{
+    const int i = TxtDCansd.indexOf(qobject_cast<QLineEdit*>(watched));
+    if (i >= 0) {
+        if (event->type() == QEvent::FocusIn)
+            QTimer::singleShot(0, TxtDCansd[i], &QLineEdit::selectAll);
+        else if (event->type() == QEvent::KeyRelease) {
+            LbLCssdS->hide();
+            VibSaved = false;
+        }
+    }
+    return FormBase::eventFilter(watched, event);
+}
+
+void ZDTime::okClicked()
+{
+    for (int i = 0; i < kFields; ++i) {
+        if (!TxtDCansd[i]->isEnabled())
+            continue;
+        const double v = Val(TxtDCansd[i]->text());
+        if (v >= lowOf(i) && v <= 60)
+            continue;
+        MbText = text("ZDTIME010", "请检查!振动时间设定的输入范围为:") + rangeOf(i);
+        MbIsOk = true;
+        MbIsError = false;
+        ShowMbQuestion();
+        MbResult = false;
+        if (tabOf(i) >= 0)
+            SelectTab(tabOf(i));
+        TxtDCansd[i]->setFocus(Qt::OtherFocusReason);
+        return;
+    }
+    MbText = text("ZDTIME011", "是否设定当前时间参数?");
+    MbIsOk = false;
+    MbIsError = false;
+    ShowMbQuestion();
+    if (MbResult)
+        WriteVib();
+}
+
+void ZDTime::WriteVib()
+{
+    for (int i = 0; i < kFields; ++i)
+        Link().TxtDCansd.at(size_t(i)) = NumText(Val(TxtDCansd[i]->text()) * 10);
+    SendFlag = true;
+    VibSaved = false;
+    StepNo = 72;
+    send_recieve(GetWrite_PLCD(QLatin1String(kVibratorBlock), kVibratorWords));
+    LbLCssdS->setText(text("ZDTIME012", "正在设定振动器时间,请稍候......"));
+    setTextColor(LbLCssdS, QColor(0xFF, 0, 0));
+}
+
+void ZDTime::defaultClicked()
+{
+    MbText = ComText(QStringLiteral("COM028"), QStringLiteral("是否要初始化参数?"));
+    MbIsOk = false;
+    MbIsError = false;
+    ShowMbQuestion();
+    if (!MbResult)
+        return;
+    for (int i = 0; i < kFields; ++i)
+        TxtDCansd[i]->setText(defaultOf(i));
+    VibSaved = false;
+    WriteVib();
+}
+
+void ZDTime::returnClicked()
+{
+    bool changed = false;
+    for (int i = 0; i < kFields && !changed; ++i)
+        changed = Val(TxtDCansd[i]->text()) != SavedVib.at(size_t(i));
+    if (changed && !VibSaved) {
+        MbText = text("ZDTIME013", "振动器时间更改后未设定，是否返回?");
+        MbIsOk = false;
+        MbIsError = false;
+        ShowMbQuestion();
+        if (!MbResult)
+            return;
+    }
+    unloadLater();
+    Forms::show(QStringLiteral("Other"));
+}

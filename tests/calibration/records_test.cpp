@@ -1,0 +1,168 @@
+#include "test_support.h"
+
+#include "calibration/cal_records.h"
+#include "common/form_access.h"
+#include "common/text_file.h"
+#include "shell/app_setup.h"
+
+#include <QAbstractItemModel>
+#include <QDateEdit>
+#include <QDir>
+#include <QFile>
+#include <QHeaderView>
+#include <QPointer>
+#include <QStringEncoder>
+#include <QTableView>
+#include <QTest>
+
+namespace {
+QStringList shownRows(QTableView* g)
+{
+    QStringList rows;
+    const QAbstractItemModel* m = g->model();
+    for (int r = 0; r < m->rowCount(); ++r) {
+        QStringList cells;
+        for (int c = 0; c < m->columnCount(); ++c)
+            cells << m->index(r, c).data().toString();
+        rows << cells.join(QLatin1Char('|'));
+    }
+    return rows;
+}
+
+// The fields of record i of the long list: Chinese and ASCII of varying length, so that pieces of the file
+// end inside characters and lines at every offset.
+QStringList longListRecord(int i)
+{
+    return {QStringLiteral("骨料%1秤").arg(i % 6 + 1), QStringLiteral("2026/%1/%2 9:%3:07").arg(i % 12 + 1).arg(i % 28 + 1).arg(i % 60),
+            i % 3 ? QStringLiteral("张工%1").arg(i % 97) : QStringLiteral("李"), i % 2 ? QStringLiteral("标重") : QStringLiteral("标零"),
+            QString::number(i), QString::number(i % 20000 / 10.0, 'f', 1), QString::number(i % 3001)};
+}
+}  // namespace
+
+// The operation list as the record viewer shows it: order, the row shift of an empty field, the grid's
+// columns, and a long file read whole.
+class RecordsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { RegisterCalibrationForms(); }
+    void init()
+    {
+        h = new ConsoleHarness;
+        QDir(h->dir.path()).mkpath(QStringLiteral("Data"));
+    }
+    void cleanup() { delete h; }
+
+    void viewerRows_data()
+    {
+        QTest::addColumn<QByteArray>("file");  // null: no file
+        QTest::addColumn<QStringList>("rows");
+        auto gb = [](const char* text) { return TextFile::encode(QString::fromUtf8(text)); };
+        QTest::newRow("no file") << QByteArray() << QStringList();
+        QTest::newRow("empty file") << QByteArray("") << QStringList();
+        QTest::newRow("zero then span, oldest first")
+            << gb("一号秤\r\n2026/3/5 9:00:00\r\n张工\r\n标零\r\n5000\r\n0.0\r\n0\r\n\r\n"
+                  "一号秤\r\n2026/3/5 9:10:00\r\n张工\r\n标重\r\n9000\r\n1500.5\r\n1500.5\r\n\r\n")
+            << QStringList{"一号秤|2026/3/5 9:00:00|张工|标零|5000|0.0|0", "一号秤|2026/3/5 9:10:00|张工|标重|9000|1500.5|1500.5"};
+        // An empty field pulls the next record's title into its row.
+        QTest::newRow("empty operator shifts the row")
+            << gb("二号秤\r\n2026/3/5 9:00:00\r\n\r\n标重\r\n5000\r\n1500.5\r\n1500.5\r\n\r\n"
+                  "一号秤\r\n2026/3/5 9:10:00\r\n张工\r\n标重\r\n5000\r\n1.5\r\n1.5\r\n\r\n")
+            << QStringList{"二号秤|2026/3/5 9:00:00|标重|5000|1500.5|1500.5|一号秤", "2026/3/5 9:10:00|张工|标重|5000|1.5|1.5|"};
+        QTest::newRow("comma splits, quotes keep it, blanks trimmed")
+            << gb("A,B\r\n\"C,D\"x\r\n  E  \r\nF\r\nG\r\nH\r\n")
+            << QStringList{"A|B|C,D|E|F|G|H"};
+        QTest::newRow("LF and lone CR end lines too")
+            << gb("一\n二\r三\r\n四\n\n五\r\r六\n七") << QStringList{"一|二|三|四|五|六|七"};
+        QTest::newRow("UTF-8 behind a byte-order mark")
+            << QByteArray("\xEF\xBB\xBF") + QStringLiteral("秤\r\nt\r\n王\r\n标零\r\n1\r\n2\r\n3\r\n").toUtf8()
+            << QStringList{"秤|t|王|标零|1|2|3"};
+        QTest::newRow("UTF-16 behind its mark")
+            << QByteArray("\xFF\xFE") + QStringEncoder(QStringEncoder::Utf16LE).encode(QStringLiteral("秤\r\nt\r\n王\r\n标零\r\n1\r\n2\r\n3\r\n"))
+            << QStringList{"秤|t|王|标零|1|2|3"};
+    }
+
+    void viewerRows()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QStringList, rows);
+        if (!file.isNull()) {
+            QFile f(h->path(QStringLiteral("Data/BiaoCeng.txt")));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(file);
+        }
+        Forms::show(QStringLiteral("FrmJk"));
+        QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
+        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
+        QCOMPARE(shownRows(g), rows);
+        // The date does not filter: a new date reads the same list again.
+        auto* picker = Ctl<QDateEdit>(form, QStringLiteral("DTPicker1"));
+        picker->setDate(picker->date().addDays(-40));
+        QCOMPARE(shownRows(g), rows);
+    }
+
+    void longFileReadWhole()
+    {
+        // About 25 MB: every record must come back, in order, field for field.
+        QStringEncoder gb("GB18030");
+        QByteArray bytes;
+        int records = 0;
+        while (bytes.size() < 25 * 1000 * 1000) {
+            bytes += gb.encode(longListRecord(records++).join(QStringLiteral("\r\n")) + QStringLiteral("\r\n\r\n"));
+        }
+        const QString path = h->path(QStringLiteral("Data/BiaoCeng.txt"));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        QCOMPARE(f.write(bytes), bytes.size());
+        f.close();
+        bytes.clear();
+
+        const OpRecords list = ReadOpRecords(path);
+        QCOMPARE(list.rowCount(), records);
+        QCOMPARE(list.itemCount(), qsizetype(records) * 7);
+        for (int r = 0; r < records; ++r) {
+            const QStringList want = longListRecord(r);
+            for (int c = 0; c < 7; ++c)
+                if (list.field(r, c) != want[c])
+                    QFAIL(qPrintable(QStringLiteral("record %1 field %2: %3, not %4").arg(r).arg(c).arg(list.field(r, c), want[c])));
+        }
+    }
+
+    void gridColumns_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("header");
+        QTest::addColumn<int>("width");  // the design's twips, 15 to the pixel
+        QTest::newRow("scale") << 0 << "秤名称" << 100;
+        QTest::newRow("time") << 1 << "标秤时间" << 133;
+        QTest::newRow("operator") << 2 << "操作员" << 100;
+        QTest::newRow("operation") << 3 << "具体操作" << 100;
+        QTest::newRow("AD") << 4 << "AD信号值" << 87;
+        QTest::newRow("weight") << 5 << "重量值" << 87;
+        QTest::newRow("test weight, not stretched") << 6 << "砝码值" << 87;
+    }
+
+    void gridColumns()
+    {
+        QFETCH(int, column);
+        QFETCH(QString, header);
+        QFETCH(int, width);
+        TextFile::writeLines(h->path(QStringLiteral("Data/BiaoCeng.txt")), {"a", "b", "c", "d", "e", "f", "g"});
+        Forms::show(QStringLiteral("FrmJk"));
+        auto* g = Ctl<QTableView>(Forms::loaded(QStringLiteral("FrmJk")), QStringLiteral("MSGrid"));
+        QCOMPARE(g->model()->columnCount(), 7);
+        QCOMPARE(g->horizontalHeader()->sectionSize(column), width);
+        QVERIFY(!g->horizontalHeader()->stretchLastSection());
+        QCOMPARE(g->model()->headerData(column, Qt::Horizontal).toString(), header);
+        QCOMPARE(g->model()->index(0, column).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignCenter));
+        // The rows go with the form: a closed viewer holds nothing.
+        QPointer<QAbstractItemModel> model = g->model();
+        Forms::unload(QStringLiteral("FrmJk"));
+        QVERIFY(model.isNull());
+    }
+
+private:
+    ConsoleHarness* h = nullptr;
+};
+
+QTEST_MAIN(RecordsTest)
+#include "records_test.moc"

@@ -1,0 +1,251 @@
+// Every request the console sends, against every way the line can fail it: the re-sends on the wire,
+// the red caption while a write is repeated, the green one when it is taken, the fault box when the
+// device is gone. Time is driven by the re-send clock's handler, so the matrix runs in seconds.
+#include "test_support.h"
+
+#include "common/form_access.h"
+#include "common/module1.h"
+#include "link/frame_codec.h"
+#include "link/link_engine.h"
+#include "shell/app_setup.h"
+
+#include <QLabel>
+#include <QTest>
+
+namespace {
+
+enum Fault { NoReply, Nak, Garbage, Short, Long, Late, Gone };
+const char* const kFaultNames[] = {"no reply", "NAK", "garbage", "short", "long", "late", "device gone"};
+
+struct Step {
+    int step;
+    int bytes;          // bytes read; 0 for a write
+    const char* chain;  // devices of the requests the dispatch sends itself once the reply is taken
+    const char* form;   // the caption of a write
+    const char* label;
+    const char* good;   // shown green when the write is taken
+    const char* bad;    // shown red when it has to be repeated
+};
+
+// 60 stands ready but is never sent.
+const Step kSteps[] = {
+    {8, 30, "S500", "", "", "", ""},
+    {9, 0, "", "Cansd", "LbLCssdS", "参数设定成功!", "正在尝试继续参数设定!"},
+    {10, 2, "", "", "", "", ""},
+    {11, 0, "", "Cansd", "LblTzxxTip", "选项更改完成!", "尝试更改选项!"},
+    {20, 2, "S612", "", "", "", ""},
+    {21, 0, "", "YIBiao", "LblTzxxTip", "调校方式已更改!", "尝试更改调校方式!"},
+    {22, 2, "", "", "", "", ""},
+    {23, 0, "", "YIBiao", "LblTzxxZeroTip", "", "尝试更改零位跟踪功能!"},
+    {24, 2, "S500", "", "", "", ""},
+    {25, 0, "", "Other", "LblTzxxTip", "选项更改完成!", "尝试更改时间设定选项!"},
+    {51, 64, "", "", "", "", ""},
+    {52, 0, "S181 S998", "", "", "", ""},
+    {53, 0, "S998", "", "", "", ""},
+    {54, 0, "S182 S182 S998", "", "", "", ""},
+    {55, 0, "S182 S998", "", "", "", ""},
+    {56, 0, "S998", "", "", "", ""},
+    {57, 0, "S999", "", "", "", ""},
+    {58, 2, "", "", "", "", ""},
+    {59, 2, "", "", "", "", ""},
+    {61, 0, "", "", "", "", ""},
+    {62, 0, "S212", "Factory", "LbLCssdS", "出厂设置成功!", ""},
+    {63, 0, "Y62", "Other", "lblFengJiTip", "", "尝试开启风机!"},
+    {64, 0, "Y62", "Other", "lblFengJiTip", "", "尝试关闭风机!"},
+    {65, 0, "Y62", "", "", "", ""},
+    {66, 0, "Y62", "", "", "", ""},
+    {67, 2, "", "", "", "", ""},
+    {71, 56, "", "", "", "", ""},
+    {72, 0, "", "ZDTime", "LbLCssdS", "振动器时间设定成功!", "正在尝试继续振动器时间设定!"},
+    {73, 28, "", "", "", "", ""},
+    {74, 0, "", "Sensor", "LbLCssdS", "传感器配置设定成功!", "正在尝试继续传感器配置设定!"},
+    {75, 12, "S612 S500", "", "", "", ""},
+    {76, 0, "", "Other", "LbLCssdS", "时间设定成功!", "正在尝试继续时间设定!"},
+    {99, 2, "", "", "", "", ""},
+    {108, 40, "S500", "", "", "", ""},
+    {109, 0, "", "CansdAG", "LbLCssdS", "参数设定成功!", "正在尝试继续参数设定!"},
+    {110, 2, "", "", "", "", ""},
+    {111, 0, "", "CansdAG", "LblTzxxTip", "选项更改完成!", "尝试更改选项!"},
+    {157, 10, "", "", "", "", ""},
+    {158, 0, "S182 D291", "", "", "", ""},
+    {159, 0, "D291", "", "", "", ""},
+    {160, 0, "", "YiBiaoAdvance", "LbLCssdS", "参数设定成功!", "正在尝试继续参数设定!"},
+};
+
+// A spoilt reply that the link takes and finds bad is re-sent at once; one that never reaches the
+// receive threshold, or that the receive event leaves alone, waits for the clock.
+bool resentAtOnce(const Step& s, Fault f)
+{
+    const bool read = s.bytes > 0;
+    switch (f) {
+    case Nak:
+        return !read;  // one character: below the threshold of any read
+    case Garbage:
+        return !(read && s.step == 20);  // step 20 leaves a reply without STX and ETX to the clock
+    case Long:
+        return read || !(s.step == 52 || s.step == 54 || s.step == 160);  // command bits: longer than an ACK
+    default:
+        return false;  // no reply, a short one (none at all to a write), a late one
+    }
+}
+
+QColor colorOf(QLabel* l) { return l->palette().color(QPalette::WindowText); }
+
+}  // namespace
+
+class FaultMatrixTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { RegisterForms(); }
+    void init()
+    {
+        h = new ConsoleHarness;
+        h->connectLink();
+        // Only the test's own ticks count: no poll and no time-out of their own during a row.
+        Link().Timer1.setInterval(3600 * 1000);
+        Link().Timer2.setInterval(3600 * 1000);
+        h->sim.setLateMs(100);
+        Link().LateReplyHorizonMs = 250;  // the late reply comes within it
+        ParamDevice = ParamDeviceAG = QStringLiteral("D300");
+        OptionDevice = QStringLiteral("S500");
+        CalZeroDevice = QStringLiteral("S181");
+        CalSpanDevice = QStringLiteral("S182");
+        CalWeightDevice = QStringLiteral("D43");
+        CalBitMask = BitOperand(QStringLiteral("S182"));
+    }
+    void cleanup()
+    {
+        delete h;
+        Link().Timer1.setInterval(400);
+        Link().Timer2.setInterval(1000);
+        Link().LateReplyHorizonMs = 2000;
+    }
+
+    void everyStepEveryFault_data();
+    void everyStepEveryFault();
+
+private:
+    QLabel* captionLabel(const Step& s);
+    ConsoleHarness* h = nullptr;
+};
+
+void FaultMatrixTest::everyStepEveryFault_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("fault");
+    for (int r = 0; r < int(std::size(kSteps)); ++r)
+        for (int f = NoReply; f <= Gone; ++f)
+            QTest::addRow("step %d, %s", kSteps[r].step, kFaultNames[f]) << r << f;
+}
+
+// The form of a caption, loaded and at rest, or nullptr when it is not there yet.
+QLabel* FaultMatrixTest::captionLabel(const Step& s)
+{
+    if (!*s.form)
+        return nullptr;
+    QWidget* f = Forms::load(QLatin1String(s.form));
+    if (!f)
+        return nullptr;
+    // A form that reads as it is made is left to finish first.
+    if (!QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }))
+        qWarning("%s did not come to rest", s.form);
+    Link().Timer1.stop();
+    h->takeFrames();
+    return f->findChild<QLabel*>(QLatin1String(s.label));
+}
+
+void FaultMatrixTest::everyStepEveryFault()
+{
+    QFETCH(int, row);
+    QFETCH(int, fault);
+    const Step& s = kSteps[row];
+    const Fault f = Fault(fault);
+    MbAnswerer mb;
+    QLabel* caption = captionLabel(s);
+    const bool atOnce = resentAtOnce(s, f);
+    // A write repeated at once: the re-send is left unanswered, so that its red caption can be seen.
+    const bool watchRed = caption && *s.bad && atOnce;
+
+    QList<QByteArray> wire;
+    connect(Link().port(), &CommPort::written, this, [&](const QByteArray& b) { wire << b; });
+    int replies = 0;
+    connect(&h->sim, &plcsim::Controller::reply, this, [&] { ++replies; });
+    int heard = 0;
+    connect(&h->sim, &plcsim::Controller::requestReceived, this, [&] {
+        if (++heard == 2 && watchRed)
+            h->sim.injectFault(plcsim::Fault::Unplugged);
+    });
+    static const plcsim::Fault kSim[] = {plcsim::Fault::NoReply, plcsim::Fault::Nak, plcsim::Fault::Garbage,
+                                         plcsim::Fault::Short, plcsim::Fault::Long, plcsim::Fault::Late};
+    if (f == Gone)
+        Link().port()->close();
+    else
+        h->sim.injectFault(kSim[f]);
+
+    StepNo = short(s.step);
+    SendFlag = true;
+    const QString request = s.bytes ? BuildReadFrameBytes(QStringLiteral("S181"), short(s.bytes))
+                                    : BuildWriteFrame(QStringLiteral("S181"), QStringLiteral("0000"), 4);
+    send_recieve(request);
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+
+    int resends = 1;
+    if (f == Gone) {
+        for (int tick = 1; tick <= 9; ++tick) Link().RetryRequest();
+        resends = 8;
+    } else if (watchRed) {
+        QVERIFY(QTest::qWaitFor([&] { return wire.size() == 2; }));
+        QCOMPARE(caption->text(), QString::fromUtf8(s.bad));
+        QCOMPARE(colorOf(caption), QColor(0xFF, 0, 0));
+        QVERIFY(!caption->isHidden());
+        h->sim.plugIn();
+        Link().RetryRequest();
+        resends = 2;
+    } else if (!atOnce) {
+        QCOMPARE(wire.size(), 1);
+        Link().RetryRequest();
+    }
+
+    const QStringList chain = QString::fromLatin1(s.chain).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (f == Late)  // the late reply, the re-send's and the chain's
+        QVERIFY(QTest::qWaitFor([&] { return replies == 2 + int(chain.size()); }));
+    QVERIFY(QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }));
+    QCoreApplication::processEvents();
+
+    QStringList expected(resends + 1, QString::fromLatin1(request.toLatin1()));
+    if (f != Gone)
+        for (const QString& d : chain) expected << d;
+    QStringList seen;
+    for (qsizetype i = 0; i < wire.size(); ++i) {
+        QString name = QString::fromLatin1(wire[i]);
+        // Chained requests are named by the device they address.
+        for (const QString& d : chain)
+            if (i > resends && wire[i].mid(2, 4) == DeviceToAddress(d).toLatin1()) {
+                name = d;
+                break;
+            }
+        seen << name;
+    }
+    QCOMPARE(seen, expected);
+
+    if (f == Gone) {
+        QCOMPARE(mb.texts.size(), 1);
+        QVERIFY(mb.texts[0].startsWith(QStringLiteral("通讯发生错误请检查：")));
+        QCOMPARE(int(StepNo), 444);
+        QVERIFY(!Link().Timer1.isActive() && !Link().Timer3.isActive());
+        return;
+    }
+    QCOMPARE(mb.texts, QStringList());
+    QCOMPARE(int(Link().RetryCount), 0);
+    if (*s.form && !caption)
+        QSKIP("the caption's form is not in the console yet");
+    if (caption && *s.good) {
+        QCOMPARE(caption->text(), QString::fromUtf8(s.good));
+        QCOMPARE(colorOf(caption), QColor(0, 0x80, 0));
+        QVERIFY(!caption->isHidden());
+    }
+}
+
+QTEST_MAIN(FaultMatrixTest)
+#include "fault_matrix_test.moc"

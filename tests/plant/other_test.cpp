@@ -1,0 +1,462 @@
+#include "test_support.h"
+
+#include "common/form_access.h"
+#include "common/module1.h"
+#include "link/link_engine.h"
+#include "plant/other.h"
+#include "shell/app_setup.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QTest>
+
+using plcsim::Fault;
+
+namespace {
+const QString kReadTimes = Frame(QStringLiteral("011AE0C"));  // D215, 12 bytes
+const QString kReadS612 = Frame(QStringLiteral("0004C02"));
+const QString kReadS500 = Frame(QStringLiteral("0003E02"));
+const QString kReadY62 = Frame(QStringLiteral("000A602"));
+const QList<int> kTimes{55, 50, 80, 180, 50, 50};
+const QString kAskSet = QStringLiteral("是否设定当前时间配置?");
+const QString kAskReturn = QStringLiteral("时间配置更改后未设定，是否返回?");
+const QString kRange = QStringLiteral("请检查!时间设定的输入范围为：");
+
+QString timesWrite(const QList<int>& words) { return Frame(QStringLiteral("111AE0C") + WordsHex(words)); }
+
+// The four digits of a byte pair as the controller sends them, into its memory.
+void seedPair(plcsim::Controller& sim, int address, const QString& digits)
+{
+    sim.setByteAt(address, quint8(digits.left(2).toInt(nullptr, 16)));
+    sim.setByteAt(address + 1, quint8(digits.mid(2).toInt(nullptr, 16)));
+}
+}  // namespace
+
+// The system function form on the wire against the simulator: the read chain, option clicks on S612 and
+// S500, the six times with their checks, the jog of fan and dust valve, and the question on return.
+class OtherTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase()
+    {
+        RegisterPlantForms();
+        Forms::registerForm(QStringLiteral("PLC"), [] { return new QWidget; });
+    }
+    void init()
+    {
+        h = new ConsoleHarness;
+        mb = new MbAnswerer;
+        SavedTime.fill(0);
+        h->connectLink();
+    }
+    void cleanup()
+    {
+        delete mb;
+        delete h;
+        f = nullptr;
+    }
+
+    // The chain on opening, the boxes as decoded, then a click after the controller's middle digits have
+    // changed: they go back as they were read. Ticks: Check1(0..9, 14, 15), CheckPPd(0, 1).
+    void openThenClickAnOption_data()
+    {
+        QTest::addColumn<QString>("s612");
+        QTest::addColumn<QString>("s500");
+        QTest::addColumn<QString>("ticks");
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<QString>("click");
+        QTest::addColumn<QString>("frame");
+        QTest::newRow("8000, mixing from transition hopper") << "8000" << "0000" << "01010110010101" << 2 << "Check1(7)"
+                                                            << WriteFrame("004C", "0000");
+        QTest::newRow("F00F, automatic bell") << "F00F" << "0001" << "10101010101010" << 0 << "Check1(3)"
+                                              << WriteFrame("004C", "D00F");
+        QTest::newRow("F00F, the ticked box turns the pair over") << "F00F" << "0001" << "10101010101010" << 0
+                                                                 << "Check1(2)" << WriteFrame("004C", "D00F");
+        QTest::newRow("5AC3, no bell at power-on") << "5AC3" << "FFF0" << "01011001100101" << 0 << "Check1(0)"
+                                                   << WriteFrame("004C", "5AC7");
+        QTest::newRow("5AC3, automatic loading") << "5AC3" << "FFF0" << "01011001100101" << 1 << "Check1(5)"
+                                                 << WriteFrame("004C", "1AC3");
+        QTest::newRow("belt runs while feeding, S500") << "8000" << "1234" << "01010110010101" << 1 << "CheckPPd(0)"
+                                                       << WriteFrame("003E", "1235");
+    }
+    void openThenClickAnOption()
+    {
+        QFETCH(QString, s612);
+        QFETCH(QString, s500);
+        QFETCH(QString, ticks);
+        QFETCH(int, tab);
+        QFETCH(QString, click);
+        QFETCH(QString, frame);
+        seedPair(h->sim, 0x4C, s612);
+        seedPair(h->sim, 0x3E, s500);
+        open(kTimes);
+        QCOMPARE(h->takeFrames(), (QStringList{kReadTimes, kReadS612, kReadS500}));
+        QCOMPARE(shownTimes(), QStringLiteral("5.5|5|8|18|5|5"));
+        QString state;
+        for (const char* b : {"Check1(0)", "Check1(1)", "Check1(2)", "Check1(3)", "Check1(4)", "Check1(5)", "Check1(6)",
+                              "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)", "CheckPPd(1)"})
+            state += check(b)->isChecked() ? '1' : '0';
+        QCOMPARE(state, ticks);
+        QCOMPARE(box(0)->isEnabled(), ticks.at(3) == '1');  // bell times only with the automatic bell
+        QCOMPARE(check("Check1(6)")->text(), QStringLiteral("全部物料投料完成开始计算搅拌时间"));
+        QCOMPARE(box(3)->toolTip(), QStringLiteral("输入范围为:(5-60)S"));
+        QVERIFY(Ctl(f, "LblBd(4)")->isHidden() && box(4)->isHidden());
+
+        seedPair(h->sim, 0x4C, QStringLiteral("0FF0"));
+        seedPair(h->sim, 0x3E, QStringLiteral("0FF0"));
+        ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(tab)));
+        const bool wasTicked = check(click)->isChecked();
+        check(click)->click();
+        QTRY_COMPARE(f->LblTzxxTip->text(), QStringLiteral("选项更改完成!"));
+        QCOMPARE(TextColor(f->LblTzxxTip), QColor(0, 0x80, 0));
+        QCOMPARE(h->takeFrames(), QStringList{frame});
+        QCOMPARE(check(click)->isChecked(), !wasTicked);
+        QVERIFY(mb->texts.isEmpty());
+    }
+
+    // S612 has been read, S500 not yet: the belt pair has no middle digits to send.
+    void beltClickBeforeItsReadSendsNothing()
+    {
+        connect(&h->sim, &plcsim::Controller::requestReceived, this, [this](const QByteArray& frame) {
+            if (QString::fromLatin1(frame) == kReadS500)
+                h->sim.injectFault(Fault::NoReply, 1);
+        });
+        seedPair(h->sim, 0x4C, QStringLiteral("8000"));
+        Forms::show(QStringLiteral("Other"));
+        f = static_cast<Other*>(Forms::loaded(QStringLiteral("Other")));
+        QTRY_COMPARE(h->sim.requests().size(), 3);
+        QCOMPARE(h->takeFrames(), (QStringList{kReadTimes, kReadS612, kReadS500}));
+        Link().Timer2.stop();  // no re-send while the operator clicks
+        QTRY_VERIFY(f->CheckArmed);
+        check("CheckPPd(0)")->click();
+        QCOMPARE(mb->texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
+                                                       "3、通讯线是否接在端口:Com2,且接触良好。")});
+        QCOMPARE(mb->errorIcons, QList<bool>{true});
+        // The pair stands as before the click; the same two digits again open nothing.
+        check("CheckPPd(0)")->setChecked(false);
+        check("CheckPPd(0)")->click();
+        QCOMPARE(mb->texts.size(), 1);
+        // A new value is told again.
+        check("CheckPPd(1)")->click();
+        QCOMPARE(mb->texts.size(), 2);
+        QTest::qWait(20);
+        QVERIFY(h->takeFrames().isEmpty());
+    }
+
+    // The status line after each reply; the twins go out in tenths, a value read as 55 back as 55.
+    void timesWritten_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QStringList>("edits");  // "field=text"
+        QTest::addColumn<bool>("nak");
+        QTest::addColumn<QList<int>>("words");
+        QTest::newRow("unchanged") << "lblBdOk" << QStringList() << false << kTimes;
+        QTest::newRow("edited") << "ImgBdOk" << QStringList{"0=60", "3=5"} << false << QList<int>{600, 50, 80, 50, 50, 50};
+        QTest::newRow("defaults at once") << "lblDefault" << QStringList{"0=0"} << false << QList<int>{50, 50, 80, 180, 50, 50};
+        QTest::newRow("refused once, then taken") << "ImgBdOk" << QStringList() << true << kTimes;
+    }
+    void timesWritten()
+    {
+        QFETCH(QString, button);
+        QFETCH(QStringList, edits);
+        QFETCH(bool, nak);
+        QFETCH(QList<int>, words);
+        open(kTimes);
+        h->takeFrames();
+        QStringList seen;
+        connect(&h->sim, &plcsim::Controller::reply, this, [&] { seen << status(); });
+        edit(edits);
+        if (nak)
+            h->sim.injectFault(Fault::Nak, 1);
+        ClickOn(Ctl(f, button));
+        QCOMPARE(status(), QStringLiteral("正在设定时间配置,请稍候....../#ff0000"));
+        QTRY_VERIFY(TimesSaved);
+        QCOMPARE(mb->texts, QStringList{button == "lblDefault" ? QStringLiteral("是否要初始化参数?") : kAskSet});
+        QCOMPARE(h->takeFrames(), QStringList(nak ? 2 : 1, timesWrite(words)));
+        QStringList expected{"时间设定成功!/#008000"};
+        if (nak)
+            expected.prepend("正在尝试继续时间设定!/#ff0000");
+        QCOMPARE(seen, expected);
+        QVERIFY(f->LbLCssdS->isVisible());
+        QCOMPARE(h->sim.word(218), short(words[3]));
+    }
+
+    void timeCheckStopsAtFirstFault_data()
+    {
+        QTest::addColumn<QList<int>>("registers");
+        QTest::addColumn<QStringList>("edits");
+        QTest::addColumn<QString>("range");
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<int>("focus");  // -1: the field is hidden
+        QTest::newRow("61 in field 0") << kTimes << QStringList{"0=61", "1=60"} << "(0-60)S" << 0 << 0;
+        QTest::newRow("2 in field 1") << kTimes << QStringList{"1=2"} << "(3-60)S" << 0 << 1;
+        QTest::newRow("field 3 on tab 1, field 5 after it") << kTimes << QStringList{"3=4", "5=31"} << "(5-60)S" << 1 << 3;
+        QTest::newRow("31 opens the hopper tab") << kTimes << QStringList{"5=31"} << "(0-30)S" << 4 << 5;
+        QTest::newRow("hidden monitor time below range") << QList<int>{55, 50, 80, 180, 40, 50} << QStringList() << "(5-60)S"
+                                                        << 2 << -1;
+    }
+    void timeCheckStopsAtFirstFault()
+    {
+        QFETCH(QList<int>, registers);
+        QFETCH(QStringList, edits);
+        QFETCH(QString, range);
+        QFETCH(int, tab);
+        QFETCH(int, focus);
+        open(registers);
+        h->takeFrames();
+        edit(edits);
+        for (int round = 0; round < 2; ++round) {  // the same refusal each time
+            ClickOn(Ctl(f, "LblBd(0)"));
+            ClickOn(Ctl(f, "ImgBdOk"));
+        }
+        QCOMPARE(mb->texts, QStringList(2, kRange + range));
+        QCOMPARE(mb->okOnly, QList<bool>(2, true));
+        for (int t = 0; t < 5; ++t)
+            QCOMPARE(f->PicZDTime[size_t(t)]->isVisible(), t == tab);
+        if (focus >= 0)
+            QTRY_COMPARE(f->focusWidget(), box(focus));
+        QTest::qWait(20);
+        QVERIFY(h->takeFrames().isEmpty());
+        if (focus >= 0)
+            return;
+        // The operator cannot see the monitor time: only the defaults bring it back into its range.
+        ClickOn(Ctl(f, "LblBd(1)"));
+        ClickOn(Ctl(f, "cmdDefault"));
+        QTRY_VERIFY(TimesSaved);
+        mb->texts.clear();
+        mb->queue(false);
+        ClickOn(Ctl(f, "ImgBdOk"));
+        QCOMPARE(mb->texts, QStringList{kAskSet});
+        QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
+    }
+
+    // An empty source blanks what was assembled before it; the words after keep their places.
+    void emptyTwinKeepsTheFrameWidth_data()
+    {
+        QTest::addColumn<int>("empty");
+        QTest::newRow("third") << 2;
+        QTest::newRow("last") << 5;
+    }
+    void emptyTwinKeepsTheFrameWidth()
+    {
+        QFETCH(int, empty);
+        open(kTimes);
+        f->TxtDCansdMulTen[empty]->clear();
+        StepNo = 76;
+        QCOMPARE(GetWrite_PLCD(QStringLiteral("D215"), 6),
+                 Frame(QStringLiteral("111AE0C") + QString(4 * (empty + 1), QLatin1Char(' ')) + WordsHex(kTimes.mid(empty + 1))));
+    }
+
+    void questionOnReturn_data()
+    {
+        QTest::addColumn<QString>("after");  // what follows an edit
+        QTest::addColumn<bool>("asked");
+        QTest::newRow("edited, not written") << "" << true;
+        QTest::newRow("written and acknowledged") << "write" << false;
+        QTest::newRow("a key after the write") << "write key" << true;
+        QTest::newRow("defaults refused by the controller") << "refused defaults" << true;
+        QTest::newRow("nothing edited") << "untouched" << false;
+    }
+    void questionOnReturn()
+    {
+        QFETCH(QString, after);
+        QFETCH(bool, asked);
+        open(kTimes);
+        if (after != QLatin1String("untouched"))
+            box(2)->setText(QStringLiteral("9"));
+        if (after.startsWith(QLatin1String("write"))) {
+            ClickOn(Ctl(f, "ImgBdOk"));
+            QTRY_VERIFY(TimesSaved);
+        }
+        if (after.endsWith(QLatin1String("key")))
+            QTest::keyClick(box(2), Qt::Key_Shift);
+        if (after == QLatin1String("refused defaults")) {
+            h->sim.injectFault(Fault::Nak, 9);
+            ClickOn(Ctl(f, "cmdDefault"));
+            QTRY_COMPARE(StepNo, short(444));  // the link gave up
+        }
+        mb->texts.clear();
+        mb->queue(false);  // No: stay
+        ClickOn(Ctl(f, "ImgReturn"));
+        QCOMPARE(mb->texts, asked ? QStringList{kAskReturn} : QStringList());
+        QTest::qWait(20);
+        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, asked);
+    }
+
+    // Press and release write both bytes from S208; the outputs are read after the acknowledgement. A
+    // refused write: the fan's retry tip stays in sight, the valve's is hidden as soon as it is written.
+    void jog_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<bool>("press");
+        QTest::addColumn<bool>("refused");
+        QTest::addColumn<QString>("retryTip");  // after the refusal
+        QTest::addColumn<QString>("shown");     // fan tip | valve tip ("-": hidden) | pictures
+        QTest::newRow("fan pressed") << "cmdFengJi" << true << false << "" << "风机已开启!|-|ImageGreenUp|ImageRed";
+        QTest::newRow("fan released") << "cmdFengJi" << false << false << "" << "风机已关闭!|-|ImageRed|ImageRed";
+        QTest::newRow("valve pressed") << "cmdChuChen" << true << false << "" << "风机已关闭!|-|ImageRed|ImageGreenUp";
+        QTest::newRow("fan press refused") << "cmdFengJi" << true << true << "尝试开启风机!/#ff0000/shown"
+                                           << "风机已开启!|-|ImageGreenUp|ImageRed";
+        QTest::newRow("fan release refused") << "cmdFengJi" << false << true << "尝试关闭风机!/#ff0000/shown"
+                                             << "风机已关闭!|-|ImageRed|ImageRed";
+        QTest::newRow("valve press refused") << "cmdChuChen" << true << true << "尝试开启除尘阀!/#ff0000/hidden"
+                                             << "风机已关闭!|-|ImageRed|ImageGreenUp";
+        QTest::newRow("valve release refused") << "cmdChuChen" << false << true << "尝试关闭除尘阀!/#ff0000/hidden"
+                                               << "风机已关闭!|-|ImageRed|ImageRed";
+    }
+    void jog()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, press);
+        QFETCH(bool, refused);
+        QFETCH(QString, retryTip);
+        QFETCH(QString, shown);
+        open(kTimes);
+        ClickOn(Ctl(f, "LblBd(3)"));
+        QTRY_VERIFY(SendFlag && f->TxtSReadFengJi->text() == QLatin1String("XXX"));
+        QCOMPARE(h->takeFrames().last(), kReadY62);
+        const bool fan = button == QLatin1String("cmdFengJi");
+        QLabel* tip = fan ? f->lblFengJiTip : f->lblChuChenTip;
+        QStringList states;  // the tip after each reply
+        connect(&h->sim, &plcsim::Controller::reply, this, [&] {
+            states << tip->text() + '/' + TextColor(tip).name() + (tip->isVisible() ? "/shown" : "/hidden");
+        });
+        if (refused)
+            h->sim.injectFault(Fault::Nak, 1);
+        QWidget* b = Ctl(f, button);
+        if (press)
+            QTest::mousePress(b, Qt::LeftButton, {}, b->rect().center());
+        else
+            QTest::mouseRelease(b, Qt::LeftButton, {}, b->rect().center());
+        QCOMPARE(b->property("picture").toString(), press ? QStringLiteral("ImageGreen") : QStringLiteral("ImageRed"));
+        QTRY_COMPARE(h->sim.requests().size(), refused ? 3 : 2);
+        QTRY_VERIFY(SendFlag);
+        const QString write = WriteFrame("001A", press ? (fan ? "0200" : "0400") : "0000");
+        QCOMPARE(h->takeFrames(), QStringList(refused ? 2 : 1, write) << kReadY62);
+        if (refused)
+            QCOMPARE(states.first(), retryTip);
+        QCOMPARE(tips() + '|' + pictures(), shown);
+    }
+
+    // The outputs as read at Y62 (Y64 to Y67 in the first digit); the same digits twice are decoded twice.
+    void outputsShown_data()
+    {
+        QTest::addColumn<int>("y60");
+        QTest::addColumn<QString>("shown");  // fan tip | valve tip ("-": hidden) | pictures | valve text
+        QTest::newRow("C000: both on") << 0xC0 << "风机已开启!|-|ImageGreenUp|ImageGreenUp|除尘阀已开启!";
+        QTest::newRow("4000: fan on, valve closed") << 0x40 << "风机已开启!|-|ImageGreenUp|ImageRed|除尘阀已关闭!";
+        QTest::newRow("0000: both off") << 0x00 << "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!";
+        QTest::newRow("3F00: other outputs only") << 0x3F << "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!";
+    }
+    void outputsShown()
+    {
+        QFETCH(int, y60);
+        QFETCH(QString, shown);
+        open(kTimes);
+        ClickOn(Ctl(f, "LblBd(3)"));
+        h->sim.setByteAt(0xA6, quint8(y60));
+        for (int round = 0; round < 2; ++round) {
+            QTRY_VERIFY(SendFlag);
+            f->lblFengJiTip->setText(QString());
+            ClickOn(Ctl(f, "lblFengJiState"));
+            QTRY_COMPARE(tips() + '|' + pictures() + '|' + f->lblChuChenTip->text(), shown);
+        }
+        QCOMPARE(TextColor(f->lblFengJiTip), y60 & 0x40 ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
+    }
+
+    void factoryAndVibratorEntries()
+    {
+        open(kTimes);
+        QWidget* hard = Ctl(f, "lblHard");
+        QVERIFY(hard->isHidden());
+        ClickOn(Ctl(f, "lblShowFactory"));
+        QVERIFY(hard->isVisible());
+        ClickOn(Ctl(f, "LblZDTime"));
+        QVERIFY(Forms::loaded(QStringLiteral("ZDTime")));
+        QVERIFY(Forms::loaded(QStringLiteral("ZDTime"))->isVisible());
+        QVERIFY(f->isHidden());
+        QTRY_VERIFY(SendFlag);
+        Forms::show(QStringLiteral("Other"));
+        ClickOn(hard);
+        QTRY_VERIFY(!Forms::loaded(QStringLiteral("Other")));
+        QVERIFY(Forms::loaded(QStringLiteral("Factory")));
+    }
+
+    // Every tab of both forms in Chinese and in English, for a look; saved when ORVA_SCREENSHOTS names a folder.
+    void screenshots()
+    {
+        const QString out = qEnvironmentVariable("ORVA_SCREENSHOTS");
+        if (out.isEmpty())
+            QSKIP("ORVA_SCREENSHOTS not set");
+        InstallAppLook(*qApp);
+        for (const char* lang : {"zh", "en"}) {
+            LangNo = QByteArray(lang) == "en" ? 2 : 1;
+            ProfileFile = QStringLiteral(ORVA_LANG_FILE);
+            open(kTimes);
+            for (int tab : {0, 1, 2, 3, 4}) {
+                if (tab == 4)
+                    f->SelectTab(4);
+                else
+                    ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(tab)));
+                if (tab == 3)
+                    QTRY_VERIFY(SendFlag && f->lblFengJiTip->isVisible());
+                QVERIFY(f->grab().save(QDir(out).filePath(QStringLiteral("other-%1-%2.png").arg(tab).arg(lang))));
+            }
+            ClickOn(Ctl(f, "LblZDTime"));
+            QWidget* z = Forms::loaded(QStringLiteral("ZDTime"));
+            QTRY_VERIFY(VibReadDone && SendFlag);
+            for (int tab : {0, 1}) {
+                ClickOn(Ctl(z, QStringLiteral("LblBd(%1)").arg(tab)));
+                QVERIFY(z->grab().save(QDir(out).filePath(QStringLiteral("zdtime-%1-%2.png").arg(tab).arg(lang))));
+            }
+            Forms::unload(QStringLiteral("ZDTime"));
+            Forms::unload(QStringLiteral("Other"));
+        }
+    }
+
+private:
+    // Opens the form as the main menu does and waits for the read chain to end.
+    void open(const QList<int>& times)
+    {
+        for (int i = 0; i < times.size(); ++i)
+            h->sim.setWord(215 + i, short(times[i]));
+        Forms::show(QStringLiteral("Other"));
+        f = static_cast<Other*>(Forms::loaded(QStringLiteral("Other")));
+        QVERIFY(f);
+        QTRY_VERIFY(f->TxtSReadPPd->text().size() == 4 && SendFlag);
+    }
+    QLineEdit* box(int i) { return Ctl<QLineEdit>(f, QStringLiteral("TxtDCansd(%1)").arg(i)); }
+    QCheckBox* check(const QString& name) { return Ctl<QCheckBox>(f, name); }
+    QCheckBox* check(const char* name) { return Ctl<QCheckBox>(f, QLatin1String(name)); }
+    QString shownTimes()
+    {
+        QStringList t;
+        for (int i = 0; i < 6; ++i)
+            t << box(i)->text();
+        return t.join('|');
+    }
+    void edit(const QStringList& edits)  // "field=text"
+    {
+        for (const QString& e : edits)
+            box(e.section('=', 0, 0).toInt())->setText(e.section('=', 1));
+    }
+    QString status() { return f->LbLCssdS->text() + '/' + TextColor(f->LbLCssdS).name(); }
+    QString tips()
+    {
+        auto one = [](QLabel* l) { return l->isVisible() ? l->text() : QStringLiteral("-"); };
+        return one(f->lblFengJiTip) + '|' + one(f->lblChuChenTip);
+    }
+    QString pictures()
+    {
+        return f->cmdFengJi->property("picture").toString() + '|' + f->cmdChuChen->property("picture").toString();
+    }
+
+    ConsoleHarness* h = nullptr;
+    MbAnswerer* mb = nullptr;
+    Other* f = nullptr;
+};
+
+QTEST_MAIN(OtherTest)
+#include "other_test.moc"
