@@ -1,6 +1,6 @@
 #!/bin/sh
 # Builds the console and runs every test twice: a plain build, then one under AddressSanitizer and
-# UndefinedBehaviorSanitizer.
+# UndefinedBehaviorSanitizer; then a short run of each fuzz target, and the Debian package checked by lintian.
 set -eu
 cd "$(dirname "$0")/.."
 . scripts/deps.sh
@@ -15,3 +15,4 @@ cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVA_SANITIZE=O
 cmake --build build-sanitize -j "$jobs"
 (cd build-sanitize && ctest --output-on-failure -j "$jobs")
 scripts/fuzz.sh 30
+scripts/package.sh

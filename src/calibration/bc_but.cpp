@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QDate>
+#include <QFileInfo>
 #include <QFrame>
 #include <QLineEdit>
 
@@ -279,14 +280,16 @@ void BcBut::scaleClicked(int i)
 
 // ---- tabs ----
 
+// Until the first naming has written CName.ini the bins have no file to go into.
 void BcBut::tabClicked(int i)
 {
-    if (CNameMissing && i == 1) {
+    const bool unnamed = CNameMissing && !QFileInfo::exists(CNameIniPath());
+    if (unnamed && i == 1) {
         firstNaming_ = true;
         selectTab(1);
         return;
     }
-    if (CNameMissing && i == 2) {
+    if (unnamed && i == 2) {
         MbText = text("BCBUT035", "必须先设定电子秤名称,然后再设定料仓名称!");
         MbIsOk = true;
         MbIsError = false;

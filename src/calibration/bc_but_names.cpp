@@ -95,7 +95,7 @@ void BcBut::rebuildNameCaptions()
         const BinCaption& c = kBinCaptions[i];
         QString caption = unused;
         if (LblCansdName[i]->isEnabled() && c.scale < 0) {
-            caption = text("BCBUT049", "清水");
+            caption = QStringLiteral("清水");
         } else if (LblCansdName[i]->isEnabled()) {
             const auto s = size_t(c.scale);
             caption = LblCansd[s]->isEnabled() ? Trim(ScaleName[s]) : QString::fromUtf8(kScaleBases[s]);
@@ -178,14 +178,16 @@ void BcBut::WriteCNameSepIni()
     WriteBinNamesToFile();
 }
 
-// The local file stays as set when the copy fails: the operator is asked to set the names again.
+// The local file stays as set when the copy fails: the operator is asked to set the names again. These
+// messages, the failed restore and "清水" have no number in the language file and read the same in
+// every language.
 void BcBut::networkCopy()
 {
     const NetCopyResult r = CopyCNameToNetwork();
     if (r.outcome == NetCopy::NoPath)
-        okBox(text("BCBUT047", "网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"), true);
+        okBox(QStringLiteral("网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"), true);
     else if (r.outcome == NetCopy::Failed && r.error.number == 52)
-        okBox(text("BCBUT048", "网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
+        okBox(QStringLiteral("网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
     else if (r.outcome == NetCopy::Failed)
         okBox(QString::number(r.error.number) + QLatin1Char(':') + r.error.description, true);
 }
@@ -196,7 +198,7 @@ void BcBut::restoreFactoryNames()
         return;
     const Restore r = RestoreCNameFromSpool();
     if (r != Restore::Done) {
-        okBox(text("BCBUT046", "恢复出厂设定失败!"), true);
+        okBox(QStringLiteral("恢复出厂设定失败!"), true);
         if (r == Restore::CopyFailed)
             BackupCNameIni();
         return;

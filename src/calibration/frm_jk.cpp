@@ -2,7 +2,6 @@
 
 #include "calibration/cal_records.h"
 #include "common/app_paths.h"
-#include "common/lang.h"
 
 #include <QDateEdit>
 #include <QHeaderView>
@@ -18,18 +17,8 @@ namespace {
 constexpr int kWidth = 760;
 // Column widths of the design in twips, 15 to the pixel.
 constexpr int kColumnTwips[7] = {1500, 2000, 1500, 1500, 1300, 1300, 1300};
-struct Header {
-    const char* key;
-    const char* text;
-};
-constexpr Header kHeaders[7] = {{"FRMJK003", "秤名称"},   {"FRMJK004", "标秤时间"}, {"FRMJK005", "操作员"},
-                                {"FRMJK006", "具体操作"}, {"FRMJK007", "AD信号值"}, {"FRMJK008", "重量值"},
-                                {"FRMJK009", "砝码值"}};
-
-QString text(const char* key, const char* deflt)
-{
-    return LangText(QStringLiteral("LANFRMJKFORM"), QLatin1String(key), QString::fromUtf8(deflt));
-}
+// The viewer has no section in the language file: its texts read the same in every language.
+constexpr const char* kHeaders[7] = {"秤名称", "标秤时间", "操作员", "具体操作", "AD信号值", "重量值", "砝码值"};
 }  // namespace
 
 int OpRecordModel::rowCount(const QModelIndex& parent) const
@@ -77,11 +66,11 @@ void OpRecordModel::clear() { setRecords({}); }
 FrmJk::FrmJk() : FormBase(QStringLiteral("FrmJk"))
 {
 
-    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), text("FRMJK001", "标秤记录"), {0, 10, kWidth, 36}, 20);
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), QStringLiteral("标秤记录"), {0, 10, kWidth, 36}, 20);
     ImageExit = addImage(this, QStringLiteral("ImageExit"), {kWidth - 44, 10, 32, 32}, ButtonSize::ExitIcon,
                          [this] { unloadLater(); });
 
-    lblDate = addLabel(QStringLiteral("lblDate"), text("FRMJK002", "日期"), {20, 56, 60, 28});
+    lblDate = addLabel(QStringLiteral("lblDate"), QStringLiteral("日期"), {20, 56, 60, 28});
     lblDate->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     DTPicker1 = new QDateEdit(this);
     DTPicker1->setObjectName(QStringLiteral("DTPicker1"));
@@ -142,8 +131,8 @@ FrmJk::~FrmJk()
 void FrmJk::writeHeaders()
 {
     QStringList headers;
-    for (const Header& h : kHeaders)
-        headers << text(h.key, h.text);
+    for (const char* h : kHeaders)
+        headers << QString::fromUtf8(h);
     model_->setHeaders(headers);
 }
 

@@ -20,6 +20,7 @@
 #include <QFrame>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTimer>
 
 namespace {
@@ -311,9 +312,13 @@ bool ParamEditor::eventFilter(QObject* watched, QEvent* event)
             MarkOutOfRange(k, LowLimit, HighLimit);
             break;
         }
-        case QEvent::MouseButtonPress:
-            boxClicked(k);
+        case QEvent::MouseButtonRelease: {
+            // A click is the button let go over the box it went down on.
+            const auto* m = static_cast<QMouseEvent*>(event);
+            if (m->button() == Qt::LeftButton && TxtDCansd[k]->rect().contains(m->position().toPoint()))
+                boxClicked(k);
             break;
+        }
         default:
             break;
         }

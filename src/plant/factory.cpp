@@ -159,7 +159,8 @@ void Factory::factoryClicked()
     const QString frame = GetWrite_TSCMXY(QLatin1String(kFactoryBit), BitOperand(QLatin1String(kFactoryBit)), 4);
     SendFlag = true;
     send_recieve(frame);
-    setStatus(LbLCssdS, text("FACTORY007", "正在出厂设置,请稍候..."), false);
+    // The language file has no number for this line: it reads the same in every language.
+    setStatus(LbLCssdS, QStringLiteral("正在出厂设置,请稍候..."), false);
 }
 
 void Factory::returnClicked()

@@ -132,14 +132,16 @@ void Other::buildJog()
     lblFengJiHint->setObjectName(QStringLiteral("lblFengJiHint"));
     lblChuChenHint->setObjectName(QStringLiteral("lblChuChenHint"));
 
-    // The picture stays bright while the button is held; the read goes as it goes down.
+    // The picture stays bright while the button is held; the read goes as it goes down, not on the click.
     ImageFengJiState = addImageButton(page, QStringLiteral("ImageFengJiState"), QStringLiteral("lblFengJiState"),
-                                      {30, 236, 150, 46}, ButtonSize::Large, QString(), [this] {
-                                          ImageFengJiState.setBright(true);
-                                          ReadOutputs();
-                                      });
-    ImageFengJiState.image->installEventFilter(this);
-    ImageFengJiState.caption->installEventFilter(this);
+                                      {30, 236, 150, 46}, ButtonSize::Large, QString(), nullptr);
+    for (ClickLabel* part : {ImageFengJiState.image, ImageFengJiState.caption}) {
+        connect(part, &ClickLabel::pressed, this, [this] {
+            ImageFengJiState.setBright(true);
+            ReadOutputs();
+        });
+        connect(part, &ClickLabel::released, this, [this] { ImageFengJiState.setBright(false); });
+    }
 
     TxtSReadFengJi = new QLineEdit(QStringLiteral("0"), this);
     TxtSReadFengJi->setObjectName(QStringLiteral("TxtSReadFengJi"));
@@ -164,8 +166,6 @@ bool Other::eventFilter(QObject* watched, QEvent* event)
             jog(press ? 65 : 66, kDustValveBit, press);
             return true;
         }
-        if (!press && (watched == ImageFengJiState.image || watched == ImageFengJiState.caption))
-            ImageFengJiState.setBright(false);
     }
     return FormBase::eventFilter(watched, event);
 }

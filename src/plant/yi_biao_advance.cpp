@@ -178,6 +178,8 @@ YiBiaoAdvance::YiBiaoAdvance() : FormBase(QStringLiteral("YiBiaoAdvance"))
         box->setToolTip(range);
 }
 
+// The error texts, the range and set questions and the progress line of this form have no number in the
+// language file: they read the same in every language.
 QString YiBiaoAdvance::text(const char* key, const char* deflt) const
 {
     return LangText(QStringLiteral("LANYIBIAOADVAFORM"), QLatin1String(key), QString::fromUtf8(deflt));
@@ -262,7 +264,7 @@ void YiBiaoAdvance::loadCaptions()
     ImgBdCancel.setText(text("YIBIAOADVA017", "取消标定"));
     ImgBdOk.setText(ComText(QStringLiteral("COM001"), QStringLiteral("确 定")));
     ImgReturn.setText(ComText(QStringLiteral("COM003"), QStringLiteral("返回")));
-    Check1->setText(text("YIBIAOADVA053", "模拟提升"));
+    Check1->setText(QStringLiteral("模拟提升"));
 }
 
 void YiBiaoAdvance::showEvent(QShowEvent* e)
@@ -405,8 +407,8 @@ void YiBiaoAdvance::statusChanged()
     }
     if (!done && !failed) {
         setStatus(LbLBZwc,
-                  BcStart ? text("YIBIAOADVA047", "提升斗标定错误，请重新标定!")
-                          : text("YIBIAOADVA048", "提升斗取消标定错误，请重新尝试!"),
+                  BcStart ? QStringLiteral("提升斗标定错误，请重新标定!")
+                          : QStringLiteral("提升斗取消标定错误，请重新尝试!"),
                   false);
         StartPoll();
     }
@@ -415,24 +417,24 @@ void YiBiaoAdvance::statusChanged()
 
 // ---- the deceleration distances ----
 
-bool YiBiaoAdvance::decelInRange(int i, const char* key, const char* deflt)
+bool YiBiaoAdvance::decelInRange(int i, const QString& question)
 {
     const double v = Val(txtPulseNum[size_t(i)]->text());
     if (v >= 100 && v <= 2000)
         return true;
     // A question, not an OK box: Yes takes the operator to the field.
-    if (ask(text(key, deflt) + kDecelRange))
+    if (ask(question + kDecelRange))
         txtPulseNum[size_t(i)]->setFocus();
     return false;
 }
 
 void YiBiaoAdvance::okClicked()
 {
-    if (!decelInRange(0, "YIBIAOADVA049", "请检查!上升提前减速脉冲数的输入范围为:"))
+    if (!decelInRange(0, QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:")))
         return;
-    if (!decelInRange(1, "YIBIAOADVA050", "请检查!下降提前减速脉冲数的输入范围为:"))
+    if (!decelInRange(1, QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:")))
         return;
-    if (ask(text("YIBIAOADVA051", "是否设定当前参数?")))
+    if (ask(QStringLiteral("是否设定当前参数?")))
         WriteDecel();
 }
 
@@ -446,7 +448,7 @@ void YiBiaoAdvance::WriteDecel()
     HoistParamSaved = false;
     send_recieve(frame);
     const bool wasShown = !LbLCssdS->isHidden();
-    setStatus(LbLCssdS, text("YIBIAOADVA052", "正在设定参数,请稍候......"), false);
+    setStatus(LbLCssdS, QStringLiteral("正在设定参数,请稍候......"), false);
     LbLCssdS->setVisible(wasShown);
 }
 

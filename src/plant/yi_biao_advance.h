@@ -48,7 +48,7 @@ private:
     void cancelClicked();
     void statusChanged();
     void okClicked();
-    bool decelInRange(int i, const char* key, const char* deflt);
+    bool decelInRange(int i, const QString& question);
     void returnClicked();
 
     QLabel* lblFormTitle = nullptr;

@@ -145,15 +145,17 @@ QString ZDTime::text(const char* key, const char* deflt) const
 
 void ZDTime::loadCaptions()
 {
-    const QString title = text("ZDTIME001", "振动器振动时间设定");
+    // The language file has numbers for the six texts of the vibrator titles and the messages only; the
+    // title, tabs and field captions are the form's own and read the same in every language.
+    const QString title = QStringLiteral("振动器振动时间设定");
     setWindowTitle(title);
     lblFormTitle->setText(title);
-    ImgBd[0].setText(text("ZDTIME002", "骨料振动器"));
-    ImgBd[1].setText(text("ZDTIME003", "粉料振动器"));
-    const QString four[4] = {text("ZDTIME004", "计量振动间歇时间"), text("ZDTIME005", "计量振动时间"),
-                             text("ZDTIME006", "卸料振动间歇时间"), text("ZDTIME007", "卸料振动时间")};
-    const QString two[2] = {text("ZDTIME014", "间歇时间"), text("ZDTIME015", "振动时间")};
-    const QString second = text("ZDTIME016", "秒");
+    ImgBd[0].setText(QStringLiteral("骨料振动器"));
+    ImgBd[1].setText(QStringLiteral("粉料振动器"));
+    const QString four[4] = {QStringLiteral("计量振动间歇时间"), QStringLiteral("计量振动时间"),
+                             QStringLiteral("卸料振动间歇时间"), QStringLiteral("卸料振动时间")};
+    const QString two[2] = {QStringLiteral("间歇时间"), QStringLiteral("振动时间")};
+    const QString second = QStringLiteral("秒");
     for (int i = 0; i < kFields; ++i) {
         LblCansd[i]->setText(i < 20 ? four[i % 4] : two[i % 2]);
         Label2[i]->setText(second);

@@ -10,7 +10,7 @@ namespace {
 class KeyRuleValidator : public QValidator {
 public:
     KeyRuleValidator(QLineEdit* box, std::function<KeyRule()> rule)
-        : QValidator(box), shown_(box->text()), rule_(std::move(rule))
+        : QValidator(box), box_(box), shown_(box->text()), rule_(std::move(rule))
     {
         // The box holds the edited text already when it asks; what it showed before is kept here.
         connect(box, &QLineEdit::textChanged, this, [this](const QString& t) { shown_ = t; });
@@ -18,6 +18,11 @@ public:
 
     State validate(QString& input, int&) const override
     {
+        // setText clears the box's undo history, an operator's edit adds to it. A text the program
+        // sets must not be judged: a refusal would leave the box believing its text bad, and it then
+        // lets the next typed key through unjudged.
+        if (!box_->isUndoAvailable())
+            return Acceptable;
         const QString inserted = InsertedText(shown_, input);
         if (inserted.isEmpty())
             return Acceptable;
@@ -26,12 +31,19 @@ public:
             if (!r.allowed.contains(c))
                 return Invalid;
         }
-        if (r.singlePoint && inserted.contains(QLatin1Char('.')) && input.count(QLatin1Char('.')) > 1)
-            return Invalid;
+        if (r.singlePoint) {
+            const QChar point = QLatin1Char('.');
+            // A typed point is swallowed while the box holds one, even one the key would type over.
+            if (inserted == point && shown_.contains(point))
+                return Invalid;
+            if (inserted.contains(point) && input.count(point) > 1)
+                return Invalid;
+        }
         return Acceptable;
     }
 
 private:
+    QLineEdit* box_;
     QString shown_;
     std::function<KeyRule()> rule_;
 };

@@ -156,6 +156,33 @@ private slots:
         QCOMPARE(ScaleName[9], QStringLiteral("粉灰"));
     }
 
+    // The bin tab waits for the first naming only while the file is really missing.
+    void tabsBeforeNaming_data()
+    {
+        QTest::addColumn<bool>("missingAtStart");
+        QTest::addColumn<bool>("fileNow");
+        QTest::addColumn<bool>("binsRefused");
+        QTest::newRow("missing, still absent") << true << false << true;
+        QTest::newRow("missing, written since") << true << true << false;
+        QTest::newRow("found at start") << false << true << false;
+    }
+    void tabsBeforeNaming()
+    {
+        QFETCH(bool, missingAtStart);
+        QFETCH(bool, fileNow);
+        QFETCH(bool, binsRefused);
+        CNameMissing = missingAtStart;
+        if (fileNow)
+            writeText(cname(), {"[Name]", "01=骨料1"});
+        BcBut* f = openForm();
+        tab(f, 2);
+        QCOMPARE(mb->texts.size(), binsRefused ? 1 : 0);
+        QCOMPARE(f->binTabOpen(), !binsRefused);
+        tab(f, 1);
+        QVERIFY(f->nameTabOpen());
+        QCOMPARE(f->firstNaming(), binsRefused);
+    }
+
     // What a refused or declined setting leaves: the file as it was.
     void checksBeforeWriting_data()
     {
@@ -385,8 +412,8 @@ private slots:
         QTest::newRow("unused scale") << 1 << QStringList() << "LblCansd(4)" << "未使用" << false;
         QTest::newRow("scale label") << 1 << QStringList{"scale:0= 砂 "} << "LblCansd(0)" << "砂" << true;
         QTest::newRow("English: unused") << 2 << QStringList() << "LblCansdName(4)" << "Unused" << false;
-        QTest::newRow("English: second water") << 2 << QStringList{"bin:21=水2"} << "LblCansdName(21)" << "Clean water"
-                                               << true;
+        // No number in the language file: the same in every language.
+        QTest::newRow("English: second water") << 2 << QStringList{"bin:21=水2"} << "LblCansdName(21)" << "清水" << true;
     }
 
     void captions()

@@ -14,10 +14,13 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+
+#include <limits>
 
 using plcsim::Outcome;
 
@@ -339,6 +342,58 @@ private slots:
         QCOMPARE(Ctl<QLineEdit>(weightForm, "txtBCSuccessRead")->text(), QString());
         QCOMPARE(QFile::exists(monthly()), outcome == int(Outcome::Success));
         QVERIFY(!QFile::exists(opRecords()));  // not in the viewer's list
+    }
+
+    // The three clocks of the link as the controller sees them: on average no request earlier than the
+    // design's period allows (a coarse timer may fire a little early, and a tick that a busy loop delays
+    // shortens the next), and at the quickest none much later, with room for a loaded machine.
+    void linkClocksOnTheWire_data()
+    {
+        QTest::addColumn<QString>("clock");
+        QTest::addColumn<int>("period");
+        QTest::addColumn<int>("gaps");  // measured; the first counts from the click
+        QTest::newRow("Timer1: the live values every 400 ms") << "poll" << 400 << 5;
+        QTest::newRow("Timer2: a lost reply sent again after a second") << "resend" << 1000 << 3;
+        QTest::newRow("Timer3: the command a second after Yes") << "command" << 1000 << 1;
+    }
+
+    void linkClocksOnTheWire()
+    {
+        QFETCH(QString, clock);
+        QFETCH(int, period);
+        QFETCH(int, gaps);
+        QWidget* f = openAt(0);
+        QString watched;
+        if (clock == QLatin1String("command")) {
+            clickTab(f, 1);
+            waitIdle();
+            watched = WriteFrame("0016", "2000");
+        } else if (clock == QLatin1String("poll")) {
+            watched = kLiveRead;
+        } else {
+            watched = Frame(QStringLiteral("0003E02"));  // the option word, read again with the tab
+            h->sim.injectFault(plcsim::Fault::NoReply, gaps);
+        }
+        QElapsedTimer since;
+        QList<qint64> at;
+        connect(&h->sim, &plcsim::Controller::requestReceived, this, [&](const QByteArray& frame) {
+            if (QString::fromLatin1(frame) == watched)
+                at << since.elapsed();
+        });
+        since.start();
+        if (clock == QLatin1String("command"))
+            ClickOn(label(f, "lblBdOk"));
+        else
+            clickTab(f, clock == QLatin1String("poll") ? 1 : 0);
+        if (clock == QLatin1String("command"))
+            at.prepend(0);
+        QTRY_VERIFY_WITH_TIMEOUT(at.size() > gaps, 2 * period * (gaps + 1));
+        qint64 quickest = std::numeric_limits<qint64>::max();
+        for (int i = 1; i <= gaps; ++i)
+            quickest = std::min(quickest, at[i] - at[i - 1]);
+        const qint64 mean = (at[gaps] - at[0]) / gaps;
+        QVERIFY2(mean >= period * 9 / 10, qPrintable(QStringLiteral("every %1 ms on average").arg(mean)));
+        QVERIFY2(quickest <= period * 5 / 4, qPrintable(QStringLiteral("at the quickest after %1 ms").arg(quickest)));
     }
 
     void monthlyFilesWithoutDataFolder()

@@ -47,6 +47,40 @@ QStringList keysInSources()
     return keys;
 }
 
+// The numbers each section has in use; the language file has no others. Keys that the step table and
+// the forms name beside their texts (the status lines, the port errors, three help texts, the moisture
+// title) come on top.
+const QList<QPair<QString, QString>> kCatalogue = {
+    {QStringLiteral("COM"), QStringLiteral("1-8,11-12,14-20,23-28")},
+    {QStringLiteral("PLC"), QStringLiteral("1-9,11-20,22,24,26,28-40")},
+    {QStringLiteral("CANSD"), QStringLiteral("1-67,80-87")},
+    {QStringLiteral("BCBUT"), QStringLiteral("1-4,7-8,21,24-28,30-32,35,37-45")},
+    {QStringLiteral("ZDTIME"), QStringLiteral("8-13")},
+    {QStringLiteral("SENSOR"), QStringLiteral("1-6")},
+    {QStringLiteral("OTHER"), QStringLiteral("1-25,28-57,59-61")},
+    {QStringLiteral("YIBIAOADVA"), QStringLiteral("1-3,5-8,14-18,20-23,45-46")},
+    {QStringLiteral("FACTORY"), QStringLiteral("2-3,5-6")},
+    {QStringLiteral("HUMID"), QStringLiteral("1-12,42-43")},
+    {QStringLiteral("YIBIAO"), QStringLiteral("1-21,25-29,31-35,37-45,50-51")},
+    {QStringLiteral("MbQuestion"), QStringLiteral("1-4")},
+};
+
+bool inCatalogue(const QString& key)
+{
+    for (const auto& [prefix, ranges] : kCatalogue) {
+        if (!key.startsWith(prefix) || !key.mid(prefix.size()).front().isDigit())
+            continue;
+        const int n = key.mid(prefix.size()).toInt();
+        for (const QString& r : ranges.split(QLatin1Char(','))) {
+            const QStringList ends = r.split(QLatin1Char('-'));
+            if (n >= ends.first().toInt() && n <= ends.last().toInt())
+                return true;
+        }
+        return false;
+    }
+    return false;
+}
+
 QString sectionOf(const QString& key)
 {
     for (const auto& [prefix, section] : kSections) {
@@ -76,6 +110,20 @@ private slots:
                                                  QStringLiteral(ORVA_LANG_FILE));
         QVERIFY2(english != missing, qPrintable(key + QStringLiteral(" has no English entry")));
         QVERIFY2(!english.trimmed().isEmpty(), qPrintable(key + QStringLiteral(" has an empty English entry")));
+        QVERIFY2(inCatalogue(key), qPrintable(key + QStringLiteral(" is a number the language file does not have")));
+    }
+    void shippedFileHoldsCatalogueNumbersOnly()
+    {
+        QFile f(QStringLiteral(ORVA_LANG_FILE));
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QRegularExpression entry(QStringLiteral("^([A-Za-z]+\\d{3})-\\d="), QRegularExpression::MultilineOption);
+        QStringList strays;
+        for (auto m = entry.globalMatch(QString::fromUtf8(f.readAll())); m.hasNext();) {
+            const QString key = m.next().captured(1);
+            if (!inCatalogue(key))
+                strays << key;
+        }
+        QVERIFY2(strays.isEmpty(), qPrintable(strays.join(QLatin1Char(' '))));
     }
 };
 

@@ -99,6 +99,9 @@ private slots:
         QTest::newRow("half rounds to even") << "2.5" << 4 << "0200";
         QTest::newRow("text with unit") << "15kg" << 5 << "0F00";
         QTest::newRow("index beyond 38 lands in the last word") << "2" << 40 << "0200";
+        // No word: the result is empty, and stored it leaves the image blank at its full width.
+        QTest::newRow("empty source") << "" << 3 << "";
+        QTest::newRow("index below 1") << "7" << 0 << "";
     }
     void dataSlot()
     {
@@ -107,6 +110,12 @@ private slots:
         QFETCH(QString, word);
         WriteImage = QString(152, QLatin1Char('0'));
         const QString image = ValueToDataSlot(value, index);
+        if (word.isEmpty()) {
+            QVERIFY(image.isEmpty());
+            StoreWriteImage(image);
+            QCOMPARE(WriteImage, QString(152, QLatin1Char(' ')));
+            return;
+        }
         const int at = 4 * (qMin(index, 38) - 1);
         QCOMPARE(image.mid(at, 4), word);
         QCOMPARE(QString(image).remove(at, 4), QString(148, QLatin1Char('0')));

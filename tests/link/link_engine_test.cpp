@@ -103,8 +103,16 @@ private slots:
 
     // A re-sent request was answered, but its first send may still be answered late: the next request
     // waits for that reply, and a sender forcing its way in meanwhile replaces it. One frame goes out.
+    // Meanwhile the link is busy as for a request that is out, and a form that returns stops its clock.
+    void nextRequestWaitsForAnOwedReply_data()
+    {
+        QTest::addColumn<bool>("formReturns");
+        QTest::newRow("sent once the owed reply is too late, and answered") << false;
+        QTest::newRow("the form returns meanwhile: sent, unanswered, never re-sent") << true;
+    }
     void nextRequestWaitsForAnOwedReply()
     {
+        QFETCH(bool, formReturns);
         Link().LateReplyHorizonMs = 300;
         h->sim.injectFault(plcsim::Fault::NoReply);
         sendStatusRead();
@@ -115,9 +123,18 @@ private slots:
         sendStatusRead();
         sendStatusRead();
         QCOMPARE(h->takeFrames().size(), 0);
-        QVERIFY(!SendFlag);
-        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
-        QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0007C02"))});
+        QVERIFY(!SendFlag && Link().Timer2.isActive());
+        if (formReturns) {
+            Link().Timer2.stop();
+            h->sim.injectFault(plcsim::Fault::NoReply);
+        }
+        QStringList sent;
+        QTRY_VERIFY(!(sent += h->takeFrames()).isEmpty());
+        QCOMPARE(sent, QStringList{Frame(QStringLiteral("0007C02"))});
+        if (formReturns)
+            QVERIFY(!SendFlag && !Link().Timer2.isActive());
+        else
+            QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
         Link().LateReplyHorizonMs = 2000;
     }
 
@@ -132,6 +149,8 @@ private slots:
         QTest::newRow("vibrator times from the main form") << 72 << "5" << "-1" << "0500FFFF";
         QTest::newRow("empty first box") << 72 << "" << "-1" << "    FFFF";
         QTest::newRow("empty last box blanks all") << 72 << "5" << "" << "        ";
+        QTest::newRow("parameter block, empty first word") << 9 << "" << "-1" << "    FFFF";
+        QTest::newRow("aggregate block, empty last word") << 109 << "5" << "" << "        ";
         QTest::newRow("no source: blanks stay") << 8 << "5" << "-1" << "        ";
         QTest::newRow("test weight of a form not loaded") << 54 << "5" << "-1" << "        ";
     }
@@ -143,6 +162,8 @@ private slots:
         QFETCH(QString, data);
         Link().TxtDCansd[0] = first;
         Link().TxtDCansd[1] = second;
+        Link().Pfd[0] = first;
+        Link().Pfd[1] = second;
         StepNo = short(step);
         const QString frame = GetWrite_PLCD(QStringLiteral("D300"), 2);
         QCOMPARE(frame.mid(1, 7), QStringLiteral("1125804"));

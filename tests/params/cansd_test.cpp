@@ -288,7 +288,8 @@ private slots:
     }
 
     // The design's table of limits and defaults, each cell "low-high,default", with the message of the
-    // blocking check for the rows it tests on that scale (empty: not tested there, shown or not).
+    // blocking check for the rows it tests on that scale (empty: not tested there, shown or not). Scale
+    // -1 is the aggregate editor, whose one table serves every scale.
     void limitsOfEveryScale_data()
     {
         QTest::addColumn<int>("scale");
@@ -341,6 +342,22 @@ private slots:
                 .split('|');
         for (int n = 11; n <= 13; ++n)
             QTest::addRow("additive %d", n) << n << additive << msgs("", m2, slow, "");
+        QStringList ag, agMessages;
+        auto agRows = [&](int count, const char* cell, const char* message) {
+            for (int i = 0; i < count; ++i) {
+                ag << cell;
+                agMessages << QString::fromUtf8(message);
+            }
+        };
+        agRows(1, "2-9,5", "请检查!计量延时检查超差时间的范围为:");
+        agRows(4, "0.2-2.0,0.3", "请检查!脉冲补称时间的范围为:");
+        agRows(1, "0-9,5", "请检查!卸料延时控制时间的范围为:");
+        agRows(1, "20-200,50", "请检查!按键归零允许范围为:");
+        agRows(1, "5-100,20", "请检查!卸料时的零位范围为:");
+        agRows(4, "10-100,30", "请检查!计量允许误差值为:");
+        agRows(4, "100-500,500", "请检查!计量落差调整最大值为:");
+        agRows(4, "0-500,60", "请检查!计量落差调整值为:");
+        QTest::newRow("aggregate editor") << -1 << ag << agMessages;
     }
 
     // Each limit through the form's own check: the value at the bound passes, one step beyond is refused
@@ -353,14 +370,23 @@ private slots:
         for (QString& name : BinName)  // every material named: each row the scale has is shown
             if (name.isEmpty())
                 name = QStringLiteral("料");
-        open(scale);
+        const bool ag = scale < 0;
+        open(std::max(scale, 0), ag ? QStringLiteral("CansdAG") : QStringLiteral("Cansd"));
         h->takeFrames();
-        const int d = ScaleDecimals[size_t(scale)];
+        const int d = ScaleDecimals[size_t(std::max(scale, 0))];
+        const int boxes = int(limits.size());
+        // The rows in seconds, their steps and register factors; the rest in kilograms by the decimals.
+        auto inSeconds = [ag](int k) { return k <= (ag ? 5 : 2); };
+        auto step = [&](int k) {
+            const bool whole = ag ? (k == 0 || k == 5) : k == 2;
+            return whole ? 1.0 : inSeconds(k) ? 0.1 : std::pow(10.0, -d);
+        };
+        auto factor = [&](int k) { return (ag ? k >= 1 && k <= 5 : k <= 2) ? 10.0 : std::pow(10.0, d); };
         QList<double> defaults;
         for (const QString& cell : limits)
             defaults << cell.section(',', 1).toDouble();
         auto setDefaults = [&] {
-            for (int k = 0; k < 15; ++k)
+            for (int k = 0; k < boxes; ++k)
                 box(k)->setText(limits[k].section(',', 1));
         };
         MbAnswerer mb;
@@ -373,30 +399,30 @@ private slots:
             clickOk();
             return mb.texts.value(0);
         };
-        for (int k = 0; k < 15; ++k) {
+        for (int k = 0; k < boxes; ++k) {
             const QString range = limits[k].section(',', 0, 0);
             const QString low = range.section('-', 0, 0), high = range.section('-', 1, 1);
-            const QString ending = k <= 2 ? ")S" : ")Kg";
+            const QString ending = inSeconds(k) ? ")S" : ")Kg";
             const QString where = QStringLiteral("scale %1 box %2").arg(scale).arg(k);
             QCOMPARE(box(k)->toolTip(), QStringLiteral("输入范围为:(") + low + '-' + high + ending);
             if (messages[k].isEmpty())
                 continue;
             const QString refusal = messages[k] + '(' + low + '-' + high + ending;
-            const double step = k <= 1 ? 0.1 : k == 2 ? 1 : std::pow(10.0, -d);
             for (const QString& v : {low, high})
                 QVERIFY2(firstBox(k, v) != refusal, qPrintable(where + " at " + v));
-            for (double v : {low.toDouble() - step, high.toDouble() + step})
+            for (double v : {low.toDouble() - step(k), high.toDouble() + step(k)})
                 QVERIFY2(firstBox(k, QString::number(v, 'f', 2)) == refusal,
                          qPrintable(where + " beyond: " + mb.texts.value(0)));
         }
         QList<int> words;
-        for (int k = 0; k < 15; ++k)
-            words << qRound(defaults[k] * (k <= 2 ? 10 : std::pow(10.0, d)));
+        for (int k = 0; k < boxes; ++k)
+            words << qRound(defaults[k] * factor(k));
         h->takeFrames();
         mb.queue(true);
         ClickOn(Ctl<QWidget>(form, "cmdDefault"));
         QTRY_VERIFY_WITH_TIMEOUT(ParamSetDone, 3000);
-        QCOMPARE(h->takeFrames(), QStringList{blockFrame('1', scale, WordsHex(words))});
+        QCOMPARE(h->takeFrames(),
+                 QStringList{ag ? Frame("110C828" + WordsHex(words)) : blockFrame('1', scale, WordsHex(words))});
     }
 
     // What the operator sees of rows 10 to 14: which show, what they are called, and that the spare rows
@@ -494,19 +520,22 @@ private slots:
         QCOMPARE(TextColor(label("LblBd(1)")), chosen);
     }
 
-    // Buttons act when the mouse goes down and comes up over them: let go elsewhere, nothing happens. The
-    // refresh button reads as it goes down and stays bright until it comes up.
+    // Buttons and boxes act when the mouse goes down and comes up over them: let go elsewhere, nothing
+    // happens. The refresh button reads as it goes down and stays bright until it comes up.
     void pressAndRelease_data()
     {
         QTest::addColumn<QString>("control");
         QTest::addColumn<bool>("over");   // let go over the control
         QTest::addColumn<bool>("asked");  // the question of the OK button came
         QTest::addColumn<int>("reads");   // block reads sent
-        QTest::newRow("OK let go elsewhere") << "lblBdOk" << false << false << 0;
-        QTest::newRow("OK clicked") << "lblBdOk" << true << true << 0;
-        QTest::newRow("OK image clicked") << "ImgBdOk" << true << true << 0;
-        QTest::newRow("refresh let go elsewhere") << "cmdRefresh" << false << false << 1;
-        QTest::newRow("refresh caption clicked") << "lblRefresh" << true << false << 1;
+        QTest::addColumn<bool>("help");   // the help of the box popped up
+        QTest::newRow("OK let go elsewhere") << "lblBdOk" << false << false << 0 << false;
+        QTest::newRow("OK clicked") << "lblBdOk" << true << true << 0 << false;
+        QTest::newRow("OK image clicked") << "ImgBdOk" << true << true << 0 << false;
+        QTest::newRow("refresh let go elsewhere") << "cmdRefresh" << false << false << 1 << false;
+        QTest::newRow("refresh caption clicked") << "lblRefresh" << true << false << 1 << false;
+        QTest::newRow("box let go elsewhere") << "TxtDCansd(3)" << false << false << 0 << false;
+        QTest::newRow("box clicked") << "TxtDCansd(3)" << true << false << 0 << true;
     }
 
     void pressAndRelease()
@@ -515,8 +544,10 @@ private slots:
         QFETCH(bool, over);
         QFETCH(bool, asked);
         QFETCH(int, reads);
+        QFETCH(bool, help);
         seed(0, kAgg);
         open(0);
+        Ctl<QCheckBox>(form, "CheckTip(0)")->setChecked(true);
         h->takeFrames();
         MbAnswerer mb;
         mb.queue(false);
@@ -533,6 +564,7 @@ private slots:
         QCOMPARE(mb.texts.contains(QStringLiteral("是否设定当前参数?")), asked);
         QCOMPARE(int(h->takeFrames().count(blockFrame('0', 0))), reads);
         QVERIFY(picture->pixmap().toImage() != bright);
+        QCOMPARE(label("txtTip(0)")->isVisible(), help);
     }
 
     // Rows 0, 5 and 6 of the aggregate editor keep the form's own captions in every language.

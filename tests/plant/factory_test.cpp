@@ -112,6 +112,8 @@ private slots:
         QTest::newRow("set refused once") << true << "nak" << QStringList{kSet, kSet, kClear} << "出厂设置成功!";
         // The caption follows the set: it stands although the clear is still unanswered.
         QTest::newRow("clear unanswered") << true << "clear lost" << QStringList{kSet, kClear, kClear} << "出厂设置成功!";
+        // Never acknowledged: the progress line stands, in red, after the link fault.
+        QTest::newRow("set refused every time") << true << "nak 9" << QStringList(9, kSet) << "正在出厂设置,请稍候...";
     }
     void pulse()
     {
@@ -125,8 +127,8 @@ private slots:
         f->txtPassword->setText(kCode);
         ClickOn(Ctl(f, QStringLiteral("lblOK")));
         QVERIFY(!f->PicForm->isHidden());
-        if (fault == QLatin1String("nak"))
-            h->sim.injectFault(Fault::Nak, 1);
+        if (fault.startsWith(QLatin1String("nak")))
+            h->sim.injectFault(Fault::Nak, fault == QLatin1String("nak") ? 1 : 9);
         if (fault == QLatin1String("clear lost")) {
             // The first clear takes effect but its answer is lost; Timer2 sends it again.
             auto once = std::make_shared<bool>(true);
@@ -139,20 +141,22 @@ private slots:
         }
         mb->queue(yes);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
-        QCOMPARE(mb->texts, QStringList{QStringLiteral("是否进行出厂设置?")});
+        QCOMPARE(mb->texts.value(0), QStringLiteral("是否进行出厂设置?"));
+        const bool taken = yes && fault != QLatin1String("nak 9");
         QStringList seen;
         const auto sent = [&] { return seen += h->takeFrames(); };
         QTRY_COMPARE(f->LbLCssdS->isHidden() ? QString() : f->LbLCssdS->text(), status);
         if (yes)
-            QCOMPARE(TextColor(f->LbLCssdS), QColor(0, 0x80, 0));
+            QCOMPARE(TextColor(f->LbLCssdS), taken ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
         if (fault == QLatin1String("clear lost"))
             QCOMPARE(sent().count(kClear), 1);  // green before the clear is answered
         QTRY_COMPARE(sent(), frames);
         QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
         QCOMPARE(sent(), frames);
-        QCOMPARE(h->sim.word(294), short(yes ? 300 : 800));  // the controller took its factory state
+        QCOMPARE(mb->texts.size(), yes && !taken ? 2 : 1);  // the link fault after the ninth refusal
+        QCOMPARE(h->sim.word(294), short(taken ? 300 : 800));  // the controller took its factory state
         QCOMPARE(h->sim.sBit(212), false);
-        QCOMPARE(h->sim.sBit(215), !yes);
+        QCOMPARE(h->sim.sBit(215), !taken);
     }
 
 private:

@@ -357,13 +357,69 @@ private slots:
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
         h->sim.setByteAt(0xA6, quint8(y60));
-        for (int round = 0; round < 2; ++round) {
+        // The read goes as the refresh button goes down, which stays bright until it is let go.
+        auto bright = [this] {
+            return Ctl<QLabel>(f, "ImageFengJiState")->pixmap().toImage() ==
+                   ButtonPicture(ButtonSize::Large, true).toImage();
+        };
+        for (const char* part : {"ImageFengJiState", "lblFengJiState"}) {
             QTRY_VERIFY(SendFlag);
+            h->takeFrames();
             f->lblFengJiTip->setText(QString());
-            ClickOn(Ctl(f, "lblFengJiState"));
+            QWidget* w = Ctl(f, part);
+            QTest::mousePress(w, Qt::LeftButton, {}, w->rect().center());
             QTRY_COMPARE(tips() + '|' + pictures() + '|' + f->lblChuChenTip->text(), shown);
+            QCOMPARE(h->takeFrames(), QStringList{kReadY62});
+            QVERIFY(bright());
+            QTest::mouseRelease(w, Qt::LeftButton, {}, w->rect().center());
+            QVERIFY(!bright());
+            QTest::qWait(20);
+            QVERIFY(h->takeFrames().isEmpty());
         }
         QCOMPARE(TextColor(f->lblFengJiTip), y60 & 0x40 ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
+    }
+
+    // Each help mark shows its own text alone, the two halves a line each; a click on the text closes it.
+    void helpPopsUp_data()
+    {
+        QTest::addColumn<int>("help");
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("bell times") << 0 << 0
+            << "延时响铃时间：每车最后一盘搅拌完成,拌缸卸料门关闭,再延时设定的时间后才响铃。\n"
+               "持续响铃时间：响铃持续的时间。[关闭]";
+        QTest::newRow("loading") << 1 << 1
+            << "自动上料：系统在半自动状态时，选择自动上料时各种骨料计量完成后自动卸料将骨料送往过渡仓。\n"
+               "暂停上料：各种骨料计量完成后将进入等待状态，操作平皮带启动按钮后开始卸料将骨料送往过渡仓。[关闭]";
+        QTest::newRow("belt times") << 2 << 1
+            << "平皮带卸料延时停止时间：系统在最后一个骨料秤卸料结束后开始延时,延时到此设定时间,平皮带停止。\n"
+               "过渡仓接料延时时间：平皮带停止后开始延时,延时到此设定时间,系统界面显示过渡仓接料完成信号。[关闭]";
+        QTest::newRow("mixing time") << 3 << 2
+            << "普通生产模式时：搅拌时间计时方式可以进行选择:可以选择过渡仓骨料投料完成开始计算搅拌时间或全部物料投料完成"
+               "开始计算搅拌时间。\n高铁或管桩生产模式时：物料开始投入搅拌缸后，即开始计算搅拌时间。[关闭]";
+        QTest::newRow("belt mode") << 4 << 1
+            << "平皮带工作方式选择：选择生产时连续工作，在生产时当前任务单中平皮带会连续运行，当前任务单完成时平皮带停止运行，"
+               "新任务单骨料秤放料时平皮带继续连续运行? \n"
+               "选择送料时启动工作，在骨料秤放料时平皮带才会运行，当骨料秤放完料后平皮带停止运行。    [关闭] ";
+        QTest::newRow("hopper, one text") << 5 << 4
+            << "拌缸卸料后成品储存斗延时卸料时间： 成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]";
+    }
+    void helpPopsUp()
+    {
+        QFETCH(int, help);
+        QFETCH(int, tab);
+        QFETCH(QString, text);
+        open(kTimes);
+        f->SelectTab(tab);
+        for (QLabel* tip : f->txtTip)  // one left open elsewhere closes when this one opens
+            tip->show();
+        ClickOn(Ctl(f, QStringLiteral("ImgHelp(%1)").arg(help)));
+        for (int i = 0; i < 6; ++i)
+            QCOMPARE(f->txtTip[i]->isHidden(), i != help);
+        QVERIFY(f->txtTip[help]->isVisible());
+        QCOMPARE(f->txtTip[help]->text(), text);
+        ClickOn(f->txtTip[help]);
+        QVERIFY(f->txtTip[help]->isHidden());
     }
 
     void factoryAndVibratorEntries()
@@ -403,6 +459,14 @@ private slots:
                 if (tab == 3)
                     QTRY_VERIFY(SendFlag && f->lblFengJiTip->isVisible());
                 QVERIFY(f->grab().save(QDir(out).filePath(QStringLiteral("other-%1-%2.png").arg(tab).arg(lang))));
+                for (int help = 0; help < 6; ++help) {  // the help texts that open on this tab
+                    QWidget* mark = Ctl(f, QStringLiteral("ImgHelp(%1)").arg(help));
+                    if (!mark->isVisible())
+                        continue;
+                    ClickOn(mark);
+                    QVERIFY(f->grab().save(QDir(out).filePath(QStringLiteral("other-%1-help%2-%3.png").arg(tab).arg(help).arg(lang))));
+                    ClickOn(f->txtTip[help]);
+                }
             }
             ClickOn(Ctl(f, "LblZDTime"));
             QWidget* z = Forms::loaded(QStringLiteral("ZDTime"));

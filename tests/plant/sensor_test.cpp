@@ -93,11 +93,15 @@ private slots:
         QTest::addColumn<bool>("yes");
         QTest::addColumn<QStringList>("frames");
         QTest::addColumn<QString>("status");
+        QTest::addColumn<bool>("saved");
         const QList<int> words{2500, 0, 0, 0, 0, 0, 15005, 1, 30000, 0, 0, 23456, 30000, 0};
         const QString w = blockWrite(words);
-        QTest::newRow("acknowledged") << "" << true << QStringList{w} << kDone;
-        QTest::newRow("refused once, then taken") << "nak" << true << QStringList{w, w} << kDone;
-        QTest::newRow("answered No") << "" << false << QStringList() << "";
+        QTest::newRow("acknowledged") << "" << true << QStringList{w} << kDone << true;
+        QTest::newRow("refused once, then taken") << "nak" << true << QStringList{w, w} << kDone << true;
+        // Eight re-sends refused as well: the red line stays and the link fault is told.
+        QTest::newRow("refused every time") << "nak 9" << true << QStringList(9, w)
+                                            << QStringLiteral("正在尝试继续传感器配置设定!") << false;
+        QTest::newRow("answered No") << "" << false << QStringList() << "" << false;
     }
     void writeBlock()
     {
@@ -105,6 +109,7 @@ private slots:
         QFETCH(bool, yes);
         QFETCH(QStringList, frames);
         QFETCH(QString, status);
+        QFETCH(bool, saved);
         for (int i = 0; i < 14; ++i)
             h->sim.setWord(200 + i, 0);
         Sensor* f = open();
@@ -113,21 +118,22 @@ private slots:
         const QMap<int, QString> typed{{0, "2500"}, {6, "1500.5"}, {7, "0.1"}, {8, "30000"}, {11, "234.56"}, {12, "300"}};
         for (auto it = typed.begin(); it != typed.end(); ++it)
             field(f, it.key())->setText(it.value());
-        if (fault == QLatin1String("nak"))
-            h->sim.injectFault(Fault::Nak, 1);
+        if (fault.startsWith(QLatin1String("nak")))
+            h->sim.injectFault(Fault::Nak, fault == QLatin1String("nak") ? 1 : 9);
         mb->queue(yes);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
-        QCOMPARE(mb->texts, QStringList{QStringLiteral("是否设定当前参数?")});
         QTRY_COMPARE(f->LbLCssdS->isHidden() ? QString() : f->LbLCssdS->text(), status);
         waitIdle();
         QCOMPARE(h->takeFrames(), frames);
-        QCOMPARE(SensorSaved, yes);
-        // The twins hold the registers either way; the controller only after a Yes.
+        QCOMPARE(mb->texts.value(0), QStringLiteral("是否设定当前参数?"));
+        QCOMPARE(mb->texts.size(), saved || !yes ? 1 : 2);  // the link fault after the ninth refusal
+        QCOMPARE(SensorSaved, saved);
+        // The twins hold the registers either way; the controller only after an acknowledged write.
         QCOMPARE(f->TxtDCansdMulTen[11]->text(), QStringLiteral("23456"));
-        QCOMPARE(h->sim.word(211), short(yes ? 23456 : 0));
+        QCOMPARE(h->sim.word(211), short(saved ? 23456 : 0));
         QCOMPARE(field(f, 7)->text(), QStringLiteral("0.1"));
         if (yes)
-            QCOMPARE(TextColor(f->LbLCssdS), QColor(0, 0x80, 0));
+            QCOMPARE(TextColor(f->LbLCssdS), saved ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
     }
 
     void rangeRefused_data()

@@ -6,6 +6,7 @@
 #include "plant/yi_biao_advance.h"
 #include "shell/app_setup.h"
 
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QTest>
 
@@ -106,17 +107,20 @@ private slots:
         ClickOn(Ctl(f, QStringLiteral("LblBd(1)")));
         waitIdle();
         mb->queue(yes);
+        QElapsedTimer sinceClick;
+        sinceClick.start();
         ClickOn(Ctl(f, button));
         QCOMPARE(mb->texts, QStringList{kAsk});
         QCOMPARE(Link().Timer1.isActive(), !yes);  // No: the poll goes on
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, yes ? 1000 : 0);
         waitIdle();
-        h->takeFrames();
-        if (yes)
-            Link().timer3Tick();
+        h->takeFrames();  // the read that was in flight
         QStringList seen;
         if (yes) {
-            QTRY_COMPARE((seen += h->takeFrames()).mid(0, 3), frames);
+            // The command waits for the tick of Timer3, a second after the click.
+            QTRY_COMPARE_WITH_TIMEOUT((seen += h->takeFrames()).mid(0, 3), frames, 3000);
+            QVERIFY2(sinceClick.elapsed() >= 900, qPrintable(QString::number(sinceClick.elapsed())));
+            QVERIFY(!Link().Timer3.isActive());
             QVERIFY(Link().Timer1.isActive());
             QCOMPARE(h->sim.sBit(215), false);  // the clear takes the neighbours with it
         } else {

@@ -174,10 +174,14 @@ void PlcFormTest::portOpenFailures_data()
     QTest::addColumn<QString>("description");
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("errorIcon");
-    QTest::newRow("in use") << int(PortOpenError::InUse) << "" << "Com3端口已被其它程序占用!请重新设置端口！" << false;
-    QTest::newRow("missing") << int(PortOpenError::Missing) << "" << "Com3端口无效!请重新设置端口！" << false;
+    QTest::addColumn<int>("number");        // the port's own error, as it reports it
+    QTest::addColumn<QString>("systemText");
+    QTest::newRow("in use") << int(PortOpenError::InUse) << "" << "Com3端口已被其它程序占用!请重新设置端口！" << false
+                            << 2 << "Device or resource busy";
+    QTest::newRow("missing") << int(PortOpenError::Missing) << "" << "Com3端口无效!请重新设置端口！" << false << 1
+                             << "No such file or directory";
     const QString denied = QStringLiteral("/dev/ttyS2: Permission denied. The user must be in the dialout group.");
-    QTest::newRow("permission") << int(PortOpenError::Other) << denied << denied << true;
+    QTest::newRow("permission") << int(PortOpenError::Other) << denied << denied << true << 2 << "Permission denied";
 }
 
 void PlcFormTest::portOpenFailures()
@@ -186,12 +190,14 @@ void PlcFormTest::portOpenFailures()
     QFETCH(QString, description);
     QFETCH(QString, text);
     QFETCH(bool, errorIcon);
+    QFETCH(int, number);
+    QFETCH(QString, systemText);
     MbAnswerer mb;
     bool refuse = true;
     plcsim::Controller* sim = &h->sim;
     SetPortFactory([&](int) -> CommPort* {
         if (refuse)
-            return new RefusingPort({PortOpenError(error), description, 0, QString()});
+            return new RefusingPort({PortOpenError(error), description, number, systemText});
         return new plcsim::SimPort(sim);
     });
     PLC* f = loadForm();
@@ -205,7 +211,10 @@ void PlcFormTest::portOpenFailures()
     QCOMPARE(int(PortNo), 3);
     QString log;
     TextFile::read(ErrorLogPath(QDate::currentDate()), &log);
-    QVERIFY2(log.contains(QStringLiteral("cmdOk")), qPrintable(log));
+    // The log keeps the port's own number and words, not the operator's message.
+    QVERIFY2(log.contains(QStringLiteral("ErrNumber:%1----%2\r\nErrForm:PLC\r\nErrSub:cmdOk").arg(number).arg(systemText)),
+             qPrintable(log));
+    QVERIFY2(!log.contains(text), qPrintable(log));
 
     // The code stays accepted: the next try with a good port goes straight to the menu.
     refuse = false;
@@ -384,6 +393,7 @@ void PlcFormTest::passwordBoxesShowStars_data()
     QTest::addColumn<QString>("form");
     QTest::newRow("login") << "PLC";
     QTest::newRow("calibration gate") << "BcBut";
+    QTest::newRow("factory gate") << "Factory";
 }
 
 void PlcFormTest::passwordBoxesShowStars()
@@ -402,8 +412,15 @@ void PlcFormTest::gluedEnglishKeepsItsBlank_data()
     QTest::addColumn<QString>("text");
     QTest::newRow("fault dialog") << "fault" << "port:Com2, and makes good contact.";
     QTest::newRow("port in use") << "inuse" << "Com2 is in use by another program!";
+    QTest::newRow("port missing") << "missing" << "Com2 is not a valid port!";
     QTest::newRow("material row") << "material" << "水泥M1 fall correction";
     QTest::newRow("calibration title") << "title" << "骨料1 calibration";
+    QTest::newRow("vibrator title") << "vibrator" << "水泥 vibrator";
+    QTest::newRow("sensor unit") << "unit" << "Unit: Kg";
+    // Range messages: the numbers follow the text.
+    QTest::newRow("time range") << "LANOTHERFORM/OTHER059" << "is: (";
+    QTest::newRow("vibrator time range") << "LANZDTIMEFORM/ZDTIME010" << "is: (";
+    QTest::newRow("sensor range") << "LANSENSORFORM/SENSOR003" << "is: (";
 }
 
 void PlcFormTest::gluedEnglishKeepsItsBlank()
@@ -412,13 +429,28 @@ void PlcFormTest::gluedEnglishKeepsItsBlank()
     QFETCH(QString, text);
     MbAnswerer mb;
     QString shown;
-    if (where == QLatin1String("inuse")) {
-        SetPortFactory([](int) -> CommPort* { return new RefusingPort({PortOpenError::InUse, QString(), 0, QString()}); });
+    if (where == QLatin1String("inuse") || where == QLatin1String("missing")) {
+        const PortOpenError e = where == QLatin1String("inuse") ? PortOpenError::InUse : PortOpenError::Missing;
+        SetPortFactory([e](int) -> CommPort* { return new RefusingPort({e, QString(), 0, QString()}); });
         TextFile::writeLines(LangSelFile(), {QStringLiteral("[PLCCOMLANSEL]"), QStringLiteral("LANSEL=2")});
         PLC* f = loadForm();
         f->txtPassword->setText(QStringLiteral("48213"));
         f->cmdOk();
         shown = mb.texts.value(0);
+    } else if (where.contains(QLatin1Char('/'))) {
+        LangNo = 2;
+        ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));
+        shown = LangText(where.section(QLatin1Char('/'), 0, 0), where.section(QLatin1Char('/'), 1), QStringLiteral("?")) +
+                QStringLiteral("(1-300)");
+    } else if (where == QLatin1String("vibrator") || where == QLatin1String("unit")) {
+        LangNo = 2;
+        ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));
+        h->connectLink();
+        ScaleName[8] = QStringLiteral("水泥");
+        ScaleVibrator[8] = 1;
+        const QString form = where == QLatin1String("unit") ? QStringLiteral("Sensor") : QStringLiteral("ZDTime");
+        Forms::show(form);
+        shown = label(Forms::loaded(form), where == QLatin1String("unit") ? "LblUnit" : "lblTitleName(8)");
     } else {
         LangNo = 2;
         ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));

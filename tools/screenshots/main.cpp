@@ -64,7 +64,11 @@ QWidget* show(const QString& name)
     return f;
 }
 
-// Each scale's block holds the defaults of its kind, so that the editors show real values.
+// Where the pictures put the aggregate editor's block, which no menu places.
+constexpr int kBlockAG = 100;
+
+// Each scale's block holds the defaults of its kind, so that the editors show real values; the aggregate
+// editor's block holds its own defaults, for scale 0.
 void seedParameters()
 {
     for (int n = 0; n < 14; ++n) {
@@ -73,6 +77,11 @@ void seedParameters()
             const double factor = k <= 2 ? 10 : std::pow(10.0, ScaleDecimals[size_t(n)]);
             gSim->setWord(300 + 15 * n + k, short(std::lround(t.deflt.value(k).toDouble() * factor)));
         }
+    }
+    const LimitTexts ag = LoadLimitsAG();
+    for (int k = 0; k < int(ag.deflt.size()); ++k) {
+        const double factor = k >= 1 && k <= 5 ? 10 : std::pow(10.0, ScaleDecimals[0]);
+        gSim->setWord(kBlockAG + k, short(std::lround(ag.deflt.value(k).toDouble() * factor)));
     }
 }
 
@@ -125,7 +134,7 @@ QWidget* editor(const QString& name, int scale, int page)
     ScaleNo = short(scale);
     ScaleTitle = ScaleCaption = ScaleName[size_t(scale)];
     ParamDevice = QLatin1String(kScaleDevices[size_t(scale)].param);
-    ParamDeviceAG = QStringLiteral("D300");
+    ParamDeviceAG = QStringLiteral("D%1").arg(kBlockAG);
     OptionDevice = QLatin1String(kScaleDevices[size_t(scale)].option);
     QWidget* f = show(name);
     settle([f] { return f->findChild<QLineEdit*>(QStringLiteral("TxtSRead"))->text().size() == 4; });
