@@ -222,21 +222,7 @@ void BcBut::cmdOk()
         code += QString::number(today.month() + today.day());
     }
     if (txtPassword->text() != code) {
-        ++wrongCodes_;
-        MbIsOk = true;
-        if (wrongCodes_ >= 5) {
-            MbText = ComText(QStringLiteral("COM011"), QStringLiteral("密码错误已5次，程序将退出！"));
-            MbIsError = true;
-            ShowMbQuestion();
-            // No exit path: nothing is saved on the way out.
-            unloadLater();
-            Forms::unload(QStringLiteral("PLC"));
-            EndProcessNow(0);
-            return;
-        }
-        MbText = ComText(QStringLiteral("COM012"), QStringLiteral("密码错误!"));
-        MbIsError = false;
-        ShowMbQuestion();
+        refuseWrongCode(++wrongCodes_);
         return;
     }
     txtPassword->clear();

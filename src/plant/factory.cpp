@@ -10,24 +10,11 @@
 #include <QEvent>
 #include <QFrame>
 #include <QLineEdit>
-#include <QProxyStyle>
 
 namespace {
 constexpr char kFactoryCode[] = "61730428";
 constexpr int kFormWidth = 600, kFormHeight = 380;
 const QRect kPanel(20, 60, kFormWidth - 40, 300);
-
-// The code box shows "*" for each character typed, whatever the platform's own mark.
-class StarPasswordStyle : public QProxyStyle {
-public:
-    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                  QStyleHintReturn* returnData) const override
-    {
-        if (hint == SH_LineEdit_PasswordCharacter)
-            return '*';
-        return QProxyStyle::styleHint(hint, option, widget, returnData);
-    }
-};
 }  // namespace
 
 Factory::Factory() : FormBase(QStringLiteral("Factory"))
@@ -57,10 +44,7 @@ void Factory::buildGate()
     lblPassWord->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     txtPassword = new QLineEdit(picCom);
     txtPassword->setObjectName(QStringLiteral("txtPassword"));
-    auto* stars = new StarPasswordStyle;
-    stars->setParent(txtPassword);
-    txtPassword->setStyle(stars);
-    txtPassword->setEchoMode(QLineEdit::Password);
+    showStars(txtPassword);
     txtPassword->setGeometry(202, 104, 220, 30);
     connect(txtPassword, &QLineEdit::returnPressed, this, [this] { cmdOk(); });
     cmdOK = addImageButton(picCom, QStringLiteral("cmdOK"), QStringLiteral("lblOK"), {150, 200, 110, 36},
@@ -129,21 +113,7 @@ void Factory::cmdOk()
         LblBd.setVisible(true);
         return;
     }
-    ++FactoryWrongCodes;
-    MbIsOk = true;
-    if (FactoryWrongCodes >= 5) {
-        MbText = ComText(QStringLiteral("COM011"), QStringLiteral("密码错误已5次，程序将退出！"));
-        MbIsError = true;
-        ShowMbQuestion();
-        // No exit path: nothing is saved on the way out.
-        unloadLater();
-        Forms::unload(QStringLiteral("PLC"));
-        EndProcessNow(0);
-        return;
-    }
-    MbText = ComText(QStringLiteral("COM012"), QStringLiteral("密码错误!"));
-    MbIsError = false;
-    ShowMbQuestion();
+    refuseWrongCode(++FactoryWrongCodes);
 }
 
 void Factory::factoryClicked()

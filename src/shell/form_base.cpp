@@ -332,6 +332,23 @@ void FormBase::unloadLater()
     });
 }
 
+void FormBase::refuseWrongCode(int wrongCodes)
+{
+    MbIsOk = true;
+    if (wrongCodes >= 5) {
+        MbText = ComText(QStringLiteral("COM011"), QStringLiteral("密码错误已5次，程序将退出！"));
+        MbIsError = true;
+        ShowMbQuestion();
+        unloadLater();
+        Forms::unload(QStringLiteral("PLC"));
+        EndProcessNow(0);
+        return;
+    }
+    MbText = ComText(QStringLiteral("COM012"), QStringLiteral("密码错误!"));
+    MbIsError = false;
+    ShowMbQuestion();
+}
+
 void FormBase::addHoverSurface(QWidget* surface)
 {
     surface->setMouseTracking(true);

@@ -93,6 +93,9 @@ public:
     // Unloading from inside one's own click would delete the widget still delivering the click: the
     // form hides now and is destroyed as soon as the event is done.
     void unloadLater();
+    // A wrong code at a gate, the count already raised: "密码错误!", and at the fifth the end of the run at
+    // once, without the exit path, so that nothing is saved on the way out.
+    void refuseWrongCode(int wrongCodes);
     bool isDragging() const { return dragging_; }
 
 protected:
