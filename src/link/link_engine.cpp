@@ -152,6 +152,8 @@ void LinkEngine::holdUntilAnswered(const QString& frame)
         port_->setThreshold(earlier_.first().len);
     }
     holdTimer_.start(int(earlier_.last().at + LateReplyHorizonMs - clock_.elapsed()));
+    // Busy as if the request were out: the re-send clock runs, and a form that returns may stop it.
+    Timer2.start();
 }
 
 void LinkEngine::takeEarlierReplies(const QByteArray& bytes)
@@ -186,7 +188,12 @@ void LinkEngine::endHold()
     const QString frame = std::exchange(held_, QString());
     // What a frame built meanwhile has left there is not what this request awaits.
     ExpectedReplyLen = LastExpectedLen;
+    // The re-send clock counts from the send; stopped meanwhile by a form's return, it stays stopped.
+    const bool timing = Timer2.isActive();
+    Timer2.stop();
     trapped("send_recieve", [&] { transmit(frame); });
+    if (!timing)
+        Timer2.stop();
 }
 
 void LinkEngine::onComm()

@@ -383,7 +383,7 @@ void PtyLinkTest::adapterPulledAndPluggedIn()
     QTest::qWait(2000);
     const double share = (cpuSeconds() - before) / (double(idle.elapsed()) / 1000.0);
     qInfo("processor share at rest after the pull: %.1f %%", share * 100);
-    QVERIFY2(share < 0.2, qPrintable(QString::number(share)));
+    QVERIFY2(share < 0.05, qPrintable(QString::number(share)));
 
     MbAnswerer mb;
     QVERIFY(command("reopen").startsWith("ok /dev/pts/"));
