@@ -341,6 +341,7 @@ public:
         getrusage(RUSAGE_SELF, &r0);
         const qint64 t0 = nowNs();
         const int before = int(writes.size());
+        const int arrivedBefore = Link().port()->arrivals();
         QEventLoop loop;
         QTimer::singleShot(seconds * 1000, &loop, &QEventLoop::quit);
         loop.exec();
@@ -353,6 +354,8 @@ public:
                     int(writes.size()) - before);
         std::printf("  CPU %.3f s = %.2f %% of a core; %.0f context switches a second; RSS %.1f MB\n", cpu,
                     100.0 * cpu / wall, double(wakes) / wall, rssMb());
+        std::printf("  the port woke the console %.1f times a read\n",
+                    double(Link().port()->arrivals() - arrivedBefore) / std::max(1, int(writes.size()) - before));
         Link().Timer1.stop();
         waitFor([] { return SendFlag; }, 2000);
         phase.clear();
