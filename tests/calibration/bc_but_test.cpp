@@ -113,27 +113,13 @@ private slots:
         QCOMPARE(shown(f, "ImgReturn"), menu && !firstNaming);
     }
 
-    void emptyNameCannotBeChosen()
-    {
-        GatePassed = true;
-        ScaleName[3] = QStringLiteral("   ");
-        ScaleNo = 1;
-        CalZeroDevice = QStringLiteral("unchanged");
-        BcBut* f = openMenu(0);
-        auto* caption = Ctl<ClickLabel>(f, QStringLiteral("LblBd(3)"));
-        QCOMPARE(caption->text(), QStringLiteral("未使用"));
-        ClickOn(caption);
-        emit Ctl<ClickLabel>(f, QStringLiteral("ImgBd(3)"))->clicked();
-        QCOMPARE(int(ScaleNo), 1);
-        QCOMPARE(CalZeroDevice, QStringLiteral("unchanged"));
-        QVERIFY(f->isVisible());
-    }
-
     void devicesStoredForScale_data()
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<int>("scale");
         QTest::addColumn<QStringList>("devices");  // zero, span, weight, option; or parameter block, option
+        // A blank name shows as unused, and neither its caption nor its picture chooses it.
+        QTest::newRow("blank name") << 0 << 3 << QStringList(4, QStringLiteral("unchanged"));
         QTest::newRow("calibration 0") << 0 << 0 << QStringList{"S181", "S182", "D43", "S500"};
         QTest::newRow("calibration 6") << 0 << 6 << QStringList{"S205", "S206", "D49", "S548"};
         QTest::newRow("calibration 10") << 0 << 10 << QStringList{"S207", "S208", "D53", "S580"};
@@ -150,17 +136,25 @@ private slots:
         QFETCH(int, scale);
         QFETCH(QStringList, devices);
         GatePassed = true;
-        ScaleName[size_t(scale)] = QStringLiteral("Scale %1").arg(scale);
+        const bool blank = devices.first() == QLatin1String("unchanged");
+        ScaleName[size_t(scale)] = blank ? QStringLiteral("   ") : QStringLiteral("Scale %1").arg(scale);
+        ScaleNo = 1;
+        CalZeroDevice = CalSpanDevice = CalWeightDevice = OptionDevice = QStringLiteral("unchanged");
         BcBut* f = openMenu(short(mode));
-        ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(scale)));
-        QCOMPARE(int(ScaleNo), scale);
-        QCOMPARE(ScaleTitle, ScaleName[size_t(scale)]);
+        auto* caption = Ctl<ClickLabel>(f, QStringLiteral("LblBd(%1)").arg(scale));
+        QCOMPARE(caption->text(), blank ? QStringLiteral("未使用") : ScaleName[size_t(scale)]);
+        ClickOn(caption);
+        if (blank)
+            emit Ctl<ClickLabel>(f, QStringLiteral("ImgBd(%1)").arg(scale))->clicked();
+        QCOMPARE(int(ScaleNo), blank ? 1 : scale);
+        if (!blank)
+            QCOMPARE(ScaleTitle, ScaleName[size_t(scale)]);
         const QStringList stored = mode == 0 ? QStringList{CalZeroDevice, CalSpanDevice, CalWeightDevice, OptionDevice}
                                              : QStringList{ParamDevice, OptionDevice};
         QCOMPARE(stored, devices);
         const QString opens = mode == 0 ? QStringLiteral("YIBiao") : QStringLiteral("Cansd");
-        QVERIFY(Forms::loaded(opens) && Forms::loaded(opens)->isVisible());
-        QVERIFY(!f->isVisible());
+        QCOMPARE(Forms::loaded(opens) && Forms::loaded(opens)->isVisible(), !blank);
+        QCOMPARE(f->isVisible(), blank);
     }
 
     void hardwareInitialisation_data()

@@ -271,23 +271,19 @@ private slots:
             HumidActive = true;
             Forms::show(form);
             f = Forms::loaded(form);
-            clickTab(f, 2);
-        } else {
-            clickTab(f, 2);
         }
+        clickTab(f, 2);
         auto* b = Ctl<QLineEdit>(f, "TxtFmzL");
         QVERIFY(b->isVisible());
         b->setText(start);
         b->setFocus();
         b->setCursorPosition(0);
-        if (action == QLatin1String("delete")) {
+        if (action == QLatin1String("delete"))
             QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
-        } else if (action.startsWith(QLatin1String("paste:"))) {
-            QGuiApplication::clipboard()->setText(action.mid(6));
-            b->paste();
-        } else {
+        else if (action.startsWith(QLatin1String("paste:")))
+            QGuiApplication::clipboard()->setText(action.mid(6)), b->paste();
+        else
             QTest::keyClicks(b, action.mid(5));
-        }
         QCOMPARE(b->text(), text);
     }
 
@@ -363,15 +359,13 @@ private slots:
         QFETCH(int, period);
         QFETCH(int, gaps);
         QWidget* f = openAt(0);
-        QString watched;
-        if (clock == QLatin1String("command")) {
+        const bool command = clock == QLatin1String("command"), poll = clock == QLatin1String("poll");
+        // The re-sent request is the option word, read again with the tab.
+        const QString watched = command ? WriteFrame("0016", "2000") : poll ? kLiveRead : Frame(QStringLiteral("0003E02"));
+        if (command) {
             clickTab(f, 1);
             waitIdle();
-            watched = WriteFrame("0016", "2000");
-        } else if (clock == QLatin1String("poll")) {
-            watched = kLiveRead;
-        } else {
-            watched = Frame(QStringLiteral("0003E02"));  // the option word, read again with the tab
+        } else if (!poll) {
             h->sim.injectFault(plcsim::Fault::NoReply, gaps);
         }
         QElapsedTimer since;
@@ -381,12 +375,10 @@ private slots:
                 at << since.elapsed();
         });
         since.start();
-        if (clock == QLatin1String("command"))
-            ClickOn(label(f, "lblBdOk"));
+        if (command)
+            ClickOn(label(f, "lblBdOk")), at.prepend(0);
         else
-            clickTab(f, clock == QLatin1String("poll") ? 1 : 0);
-        if (clock == QLatin1String("command"))
-            at.prepend(0);
+            clickTab(f, poll ? 1 : 0);
         QTRY_VERIFY_WITH_TIMEOUT(at.size() > gaps, 2 * period * (gaps + 1));
         qint64 quickest = std::numeric_limits<qint64>::max();
         for (int i = 1; i <= gaps; ++i)
