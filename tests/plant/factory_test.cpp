@@ -1,17 +1,9 @@
-#include "test_support.h"
+#include "plant_rig.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
-#include "link/link_engine.h"
 #include "plant/factory.h"
-#include "shell/app_setup.h"
 
 #include <QFrame>
-#include <QLineEdit>
-#include <QTest>
 #include <memory>
-
-using plcsim::Fault;
 
 namespace {
 const QString kCode = QStringLiteral("61730428");
@@ -22,27 +14,16 @@ const QString kClear = WriteFrame("001A", "0000");
 }  // namespace
 
 // The factory form: its gate, whose wrong codes count for the whole run, and the pulse of S212.
-class FactoryTest : public QObject {
+class FactoryTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        RegisterPlantForms();
-        for (const char* n : {"Other", "PLC"})
-            Forms::registerForm(QLatin1String(n), [] { return new QWidget; });
-    }
+    void initTestCase() { RegisterPlantWith({"Other", "PLC"}); }
     void init()
     {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
-        h->connectLink();
+        setUp();
         FactoryWrongCodes = 0;
     }
-    void cleanup()
-    {
-        delete mb;
-        delete h;
-    }
+    void cleanup() { tearDown(); }
 
     void gate_data()
     {
@@ -151,7 +132,7 @@ private slots:
         if (fault == QLatin1String("clear lost"))
             QCOMPARE(sent().count(kClear), 1);  // green before the clear is answered
         QTRY_COMPARE(sent(), frames);
-        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
+        WaitIdle();
         QCOMPARE(sent(), frames);
         QCOMPARE(mb->texts.size(), yes && !taken ? 2 : 1);  // the link fault after the ninth refusal
         QCOMPARE(h->sim.word(294), short(taken ? 300 : 800));  // the controller took its factory state
@@ -166,8 +147,6 @@ private:
         return qobject_cast<Factory*>(Forms::loaded(QStringLiteral("Factory")));
     }
 
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
 };
 
 QTEST_MAIN(FactoryTest)

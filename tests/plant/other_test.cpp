@@ -1,18 +1,8 @@
-#include "test_support.h"
+#include "plant_rig.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
-#include "link/link_engine.h"
 #include "plant/other.h"
-#include "shell/app_setup.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QDir>
-#include <QLineEdit>
-#include <QTest>
-
-using plcsim::Fault;
 
 namespace {
 const QString kReadTimes = Frame(QStringLiteral("011AE0C"));  // D215, 12 bytes
@@ -36,25 +26,18 @@ void seedPair(plcsim::Controller& sim, int address, const QString& digits)
 
 // The system function form on the wire against the simulator: the read chain, option clicks on S612 and
 // S500, the six times with their checks, the jog of fan and dust valve, and the question on return.
-class OtherTest : public QObject {
+class OtherTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        RegisterPlantForms();
-        Forms::registerForm(QStringLiteral("PLC"), [] { return new QWidget; });
-    }
+    void initTestCase() { RegisterPlantWith({"PLC"}); }
     void init()
     {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
+        setUp();
         SavedTime.fill(0);
-        h->connectLink();
     }
     void cleanup()
     {
-        delete mb;
-        delete h;
+        tearDown();
         f = nullptr;
     }
 
@@ -93,7 +76,10 @@ private slots:
         seedPair(h->sim, 0x3E, s500);
         open(kTimes);
         QCOMPARE(h->takeFrames(), (QStringList{kReadTimes, kReadS612, kReadS500}));
-        QCOMPARE(shownTimes(), QStringLiteral("5.5|5|8|18|5|5"));
+        QStringList times;
+        for (int i = 0; i < 6; ++i)
+            times << box(i)->text();
+        QCOMPARE(times.join('|'), QStringLiteral("5.5|5|8|18|5|5"));
         QString state;
         for (const char* b : {"Check1(0)", "Check1(1)", "Check1(2)", "Check1(3)", "Check1(4)", "Check1(5)", "Check1(6)",
                               "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)", "CheckPPd(1)"})
@@ -166,12 +152,12 @@ private slots:
         open(kTimes);
         h->takeFrames();
         QStringList seen;
-        connect(&h->sim, &plcsim::Controller::reply, this, [&] { seen << status(); });
-        edit(edits);
+        connect(&h->sim, &plcsim::Controller::reply, this, [&] { seen << Status(f->LbLCssdS); });
+        Edit(f, edits);
         if (nak)
             h->sim.injectFault(Fault::Nak, 1);
         ClickOn(Ctl(f, button));
-        QCOMPARE(status(), QStringLiteral("正在设定时间配置,请稍候....../#ff0000"));
+        QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定时间配置,请稍候....../#ff0000"));
         QTRY_VERIFY(TimesSaved);
         QCOMPARE(mb->texts, QStringList{button == "lblDefault" ? QStringLiteral("是否要初始化参数?") : kAskSet});
         QCOMPARE(h->takeFrames(), QStringList(nak ? 2 : 1, timesWrite(words)));
@@ -206,7 +192,7 @@ private slots:
         QFETCH(int, focus);
         open(registers);
         h->takeFrames();
-        edit(edits);
+        Edit(f, edits);
         for (int round = 0; round < 2; ++round) {  // the same refusal each time
             ClickOn(Ctl(f, "LblBd(0)"));
             ClickOn(Ctl(f, "ImgBdOk"));
@@ -440,46 +426,6 @@ private slots:
         QVERIFY(Forms::loaded(QStringLiteral("Factory")));
     }
 
-    // Every tab of both forms in Chinese and in English, for a look; saved when ORVA_SCREENSHOTS names a folder.
-    void screenshots()
-    {
-        const QString out = qEnvironmentVariable("ORVA_SCREENSHOTS");
-        if (out.isEmpty())
-            QSKIP("ORVA_SCREENSHOTS not set");
-        InstallAppLook(*qApp);
-        for (const char* lang : {"zh", "en"}) {
-            LangNo = QByteArray(lang) == "en" ? 2 : 1;
-            ProfileFile = QStringLiteral(ORVA_LANG_FILE);
-            open(kTimes);
-            for (int tab : {0, 1, 2, 3, 4}) {
-                if (tab == 4)
-                    f->SelectTab(4);
-                else
-                    ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(tab)));
-                if (tab == 3)
-                    QTRY_VERIFY(SendFlag && f->lblFengJiTip->isVisible());
-                QVERIFY(f->grab().save(QDir(out).filePath(QStringLiteral("other-%1-%2.png").arg(tab).arg(lang))));
-                for (int help = 0; help < 6; ++help) {  // the help texts that open on this tab
-                    QWidget* mark = Ctl(f, QStringLiteral("ImgHelp(%1)").arg(help));
-                    if (!mark->isVisible())
-                        continue;
-                    ClickOn(mark);
-                    QVERIFY(f->grab().save(QDir(out).filePath(QStringLiteral("other-%1-help%2-%3.png").arg(tab).arg(help).arg(lang))));
-                    ClickOn(f->txtTip[help]);
-                }
-            }
-            ClickOn(Ctl(f, "LblZDTime"));
-            QWidget* z = Forms::loaded(QStringLiteral("ZDTime"));
-            QTRY_VERIFY(VibReadDone && SendFlag);
-            for (int tab : {0, 1}) {
-                ClickOn(Ctl(z, QStringLiteral("LblBd(%1)").arg(tab)));
-                QVERIFY(z->grab().save(QDir(out).filePath(QStringLiteral("zdtime-%1-%2.png").arg(tab).arg(lang))));
-            }
-            Forms::unload(QStringLiteral("ZDTime"));
-            Forms::unload(QStringLiteral("Other"));
-        }
-    }
-
 private:
     // Opens the form as the main menu does and waits for the read chain to end.
     void open(const QList<int>& times)
@@ -491,22 +437,8 @@ private:
         QVERIFY(f);
         QTRY_VERIFY(f->TxtSReadPPd->text().size() == 4 && SendFlag);
     }
-    QLineEdit* box(int i) { return Ctl<QLineEdit>(f, QStringLiteral("TxtDCansd(%1)").arg(i)); }
+    QLineEdit* box(int i) { return Box(f, i); }
     QCheckBox* check(const QString& name) { return Ctl<QCheckBox>(f, name); }
-    QCheckBox* check(const char* name) { return Ctl<QCheckBox>(f, QLatin1String(name)); }
-    QString shownTimes()
-    {
-        QStringList t;
-        for (int i = 0; i < 6; ++i)
-            t << box(i)->text();
-        return t.join('|');
-    }
-    void edit(const QStringList& edits)  // "field=text"
-    {
-        for (const QString& e : edits)
-            box(e.section('=', 0, 0).toInt())->setText(e.section('=', 1));
-    }
-    QString status() { return f->LbLCssdS->text() + '/' + TextColor(f->LbLCssdS).name(); }
     QString tips()
     {
         auto one = [](QLabel* l) { return l->isVisible() ? l->text() : QStringLiteral("-"); };
@@ -517,8 +449,6 @@ private:
         return f->cmdFengJi->property("picture").toString() + '|' + f->cmdChuChen->property("picture").toString();
     }
 
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
     Other* f = nullptr;
 };
 

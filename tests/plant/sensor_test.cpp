@@ -1,16 +1,7 @@
-#include "test_support.h"
+#include "plant_rig.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/link_engine.h"
 #include "plant/sensor.h"
-#include "shell/app_setup.h"
-
-#include <QLineEdit>
-#include <QTest>
-
-using plcsim::Fault;
 
 namespace {
 const QString kRead = Frame(QStringLiteral("011901C"));  // D200, 28 bytes
@@ -19,36 +10,17 @@ const QString kDone = QStringLiteral("传感器配置设定成功!");
 const QString kRange = QStringLiteral("请检查!传感器配置设定的输入范围为:");
 const QString kAskReturn = QStringLiteral("传感器配置更改后未设定，是否返回?");
 
-QLineEdit* field(QWidget* f, int i) { return Ctl<QLineEdit>(f, QStringLiteral("TxtDCansd(%1)").arg(i)); }
-
-// The register values as the controller keeps them, and the block write that carries them.
-QString blockWrite(const QList<int>& words)
-{
-    return Frame(QStringLiteral("111901C") + WordsHex(words));
-}
+QString blockWrite(const QList<int>& words) { return Frame(QStringLiteral("111901C") + WordsHex(words)); }
 }  // namespace
 
 // The sensor form on the wire against the simulator: the read shown with each scale's decimals, the
 // block write, its range check and the question on return.
-class SensorTest : public QObject {
+class SensorTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        RegisterPlantForms();
-        Forms::registerForm(QStringLiteral("BcBut"), [] { return new QWidget; });
-    }
-    void init()
-    {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
-        h->connectLink();
-    }
-    void cleanup()
-    {
-        delete mb;
-        delete h;
-    }
+    void initTestCase() { RegisterPlantWith({"BcBut"}); }
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void readShowsEachScale_data()
     {
@@ -76,12 +48,11 @@ private slots:
         ScaleName[size_t(scale)] = name;
         ScaleDecimals[size_t(scale)] = short(decimals);
         h->sim.setWord(200 + scale, short(raw));
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         QCOMPARE(h->takeFrames(), QStringList{kRead});
-        QCOMPARE(field(f, scale)->text(), shown);
-        QCOMPARE(field(f, scale)->toolTip(), tip);
-        QCOMPARE(field(f, scale)->isEnabled(), !name.isEmpty());
+        QCOMPARE(Box(f, scale)->text(), shown);
+        QCOMPARE(Box(f, scale)->toolTip(), tip);
+        QCOMPARE(Box(f, scale)->isEnabled(), !name.isEmpty());
         QCOMPARE(Ctl<QLabel>(f, QStringLiteral("LblCansd(%1)").arg(scale))->text(), name.isEmpty() ? QStringLiteral("备用") : name);
         QCOMPARE(SavedSensor.at(size_t(scale)), shown.toDouble());
     }
@@ -112,18 +83,17 @@ private slots:
         QFETCH(bool, saved);
         for (int i = 0; i < 14; ++i)
             h->sim.setWord(200 + i, 0);
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         h->takeFrames();
         const QMap<int, QString> typed{{0, "2500"}, {6, "1500.5"}, {7, "0.1"}, {8, "30000"}, {11, "234.56"}, {12, "300"}};
         for (auto it = typed.begin(); it != typed.end(); ++it)
-            field(f, it.key())->setText(it.value());
+            Box(f, it.key())->setText(it.value());
         if (fault.startsWith(QLatin1String("nak")))
             h->sim.injectFault(Fault::Nak, fault == QLatin1String("nak") ? 1 : 9);
         mb->queue(yes);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         QTRY_COMPARE(f->LbLCssdS->isHidden() ? QString() : f->LbLCssdS->text(), status);
-        waitIdle();
+        WaitIdle();
         QCOMPARE(h->takeFrames(), frames);
         QCOMPARE(mb->texts.value(0), QStringLiteral("是否设定当前参数?"));
         QCOMPARE(mb->texts.size(), saved || !yes ? 1 : 2);  // the link fault after the ninth refusal
@@ -131,7 +101,7 @@ private slots:
         // The twins hold the registers either way; the controller only after an acknowledged write.
         QCOMPARE(f->TxtDCansdMulTen[11]->text(), QStringLiteral("23456"));
         QCOMPARE(h->sim.word(211), short(saved ? 23456 : 0));
-        QCOMPARE(field(f, 7)->text(), QStringLiteral("0.1"));
+        QCOMPARE(Box(f, 7)->text(), QStringLiteral("0.1"));
         if (yes)
             QCOMPARE(TextColor(f->LbLCssdS), saved ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
     }
@@ -155,17 +125,16 @@ private slots:
             ScaleDecimals[0] = 2;
         if (entry == QLatin1String("read 40000"))
             h->sim.setWord(200 + scale, short(40000));
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         h->takeFrames();
         if (entry == QLatin1String("default"))
             ClickOn(Ctl(f, QStringLiteral("lblDefault")));
         else if (!entry.startsWith(QLatin1String("read")))
-            field(f, scale)->setText(entry);
+            Box(f, scale)->setText(entry);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         QCOMPARE(mb->texts, QStringList{box});
         QCOMPARE(mb->okOnly, QList<bool>{true});
-        waitIdle();
+        WaitIdle();
         QVERIFY(h->takeFrames().isEmpty());
     }
 
@@ -180,8 +149,7 @@ private slots:
     void emptySourceKeepsWidth()
     {
         QFETCH(int, empty);
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         QList<int> after;
         for (int i = 0; i < 14; ++i) {
             f->TxtDCansdMulTen[size_t(i)]->setText(i == empty ? QString() : QString::number(100 + i));
@@ -209,22 +177,21 @@ private slots:
         QFETCH(QString, keys);
         QFETCH(QString, typed);
         QFETCH(QString, afterEnter);
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         h->takeFrames();
         SensorSaved = true;
         f->LbLCssdS->show();
-        QLineEdit* box = field(f, scale);
+        QLineEdit* box = Box(f, scale);
         box->clear();
         QTest::keyClicks(box, keys);
         QCOMPARE(box->text(), typed);
         QVERIFY(f->LbLCssdS->isHidden());
         QVERIFY(!SensorSaved);
-        field(f, 1)->setText(QStringLiteral("7.7"));
+        Box(f, 1)->setText(QStringLiteral("7.7"));
         QTest::keyClick(box, Qt::Key_Return);
         QCOMPARE(box->text(), afterEnter);
-        QCOMPARE(field(f, 1)->text(), QStringLiteral("8"));  // every field, not only this one
-        waitIdle();
+        QCOMPARE(Box(f, 1)->text(), QStringLiteral("8"));  // every field, not only this one
+        WaitIdle();
         QVERIFY(h->takeFrames().isEmpty());
     }
 
@@ -246,10 +213,9 @@ private slots:
         QFETCH(bool, answer);
         QFETCH(QStringList, boxes);
         QFETCH(bool, left);
-        Sensor* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         if (action != QLatin1String("default") && !action.isEmpty())
-            field(f, 2)->setText(QStringLiteral("123"));
+            Box(f, 2)->setText(QStringLiteral("123"));
         if (action == QLatin1String("default"))
             ClickOn(Ctl(f, QStringLiteral("lblDefault")));
         if (action == QLatin1String("set")) {
@@ -265,17 +231,14 @@ private slots:
 
 private:
     // The form as the operator finds it: loaded, read and the link idle again.
-    Sensor* open()
+    bool open()
     {
         Forms::show(QStringLiteral("Sensor"));
-        auto* f = qobject_cast<Sensor*>(Forms::loaded(QStringLiteral("Sensor")));
-        const bool read = QTest::qWaitFor([] { return SensorReadDone && SendFlag && !Link().Timer2.isActive(); });
-        return read ? f : nullptr;
+        f = qobject_cast<Sensor*>(Forms::loaded(QStringLiteral("Sensor")));
+        return f && QTest::qWaitFor([] { return SensorReadDone && SendFlag && !Link().Timer2.isActive(); });
     }
-    void waitIdle() { QTRY_VERIFY(SendFlag && !Link().Timer2.isActive()); }
 
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
+    Sensor* f = nullptr;
 };
 
 QTEST_MAIN(SensorTest)

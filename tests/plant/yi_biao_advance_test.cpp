@@ -1,14 +1,8 @@
-#include "test_support.h"
+#include "plant_rig.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
-#include "link/link_engine.h"
 #include "plant/yi_biao_advance.h"
-#include "shell/app_setup.h"
 
 #include <QElapsedTimer>
-#include <QLineEdit>
-#include <QTest>
 
 namespace {
 const QString kPoll = Frame(QStringLiteral("012460A"));  // D291, 10 bytes
@@ -22,26 +16,16 @@ QPoint skipAt(int q) { return {qRound((q * 50 + 4260) / 15.0), qRound((3450 - q 
 
 // The hoist calibration form against the simulator: the poll, the commands through Timer3, the counters
 // and the figure, the deceleration values and the decoder of a status word.
-class YiBiaoAdvanceTest : public QObject {
+class YiBiaoAdvanceTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        RegisterPlantForms();
-        Forms::registerForm(QStringLiteral("PLC"), [] { return new QWidget; });
-    }
+    void initTestCase() { RegisterPlantWith({"PLC"}); }
     void init()
     {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
-        h->connectLink();
+        setUp();
         h->sim.setHoistTrip(5, 100);
     }
-    void cleanup()
-    {
-        delete mb;
-        delete h;
-    }
+    void cleanup() { tearDown(); }
 
     void poll_data()
     {
@@ -56,10 +40,9 @@ private slots:
     {
         QFETCH(QList<int>, clicks);
         QFETCH(bool, polling);
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         for (int c : clicks) {
-            waitIdle();
+            WaitIdle();
             h->takeFrames();
             ClickOn(Ctl(f, c < 0 ? QStringLiteral("lblReturn") : QStringLiteral("LblBd(%1)").arg(c)));
         }
@@ -71,7 +54,7 @@ private slots:
             QCOMPARE(seen, QStringList(seen.size(), kPoll));
             return;
         }
-        waitIdle();
+        WaitIdle();
         QCOMPARE(h->takeFrames(), clicks.value(clicks.size() - 1) == -1 ? QStringList() : QStringList{kPoll});
         if (clicks.contains(-1)) {
             QCOMPARE(int(StepNo), 444);
@@ -102,10 +85,9 @@ private slots:
         if (button == QLatin1String("lblBdCancel"))  // a trip under way
             h->sim.handleFrame(WriteFrame("001A", "2000").toLatin1());
         h->sim.setSBit(215, true);  // another bit of the same two bytes
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         ClickOn(Ctl(f, QStringLiteral("LblBd(1)")));
-        waitIdle();
+        WaitIdle();
         mb->queue(yes);
         QElapsedTimer sinceClick;
         sinceClick.start();
@@ -113,7 +95,7 @@ private slots:
         QCOMPARE(mb->texts, QStringList{kAsk});
         QCOMPARE(Link().Timer1.isActive(), !yes);  // No: the poll goes on
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, yes ? 1000 : 0);
-        waitIdle();
+        WaitIdle();
         h->takeFrames();  // the read that was in flight
         QStringList seen;
         if (yes) {
@@ -134,9 +116,7 @@ private slots:
     // A whole trip as the operator watches it: the counters climb and the skip reaches the top.
     void tripClimbs()
     {
-        h->sim.setHoistTrip(5, 100);
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         ClickOn(Ctl(f, QStringLiteral("LblBd(1)")));
         ClickOn(Ctl(f, QStringLiteral("lblBdStart")));
         Link().timer3Tick();
@@ -162,8 +142,7 @@ private slots:
         QFETCH(int, step);
         for (int i = 0; i < 5; ++i)
             h->sim.setWord(291 + i, short(words[i]));
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         QStringList labels;
         for (QLabel* l : f->LblPulseNum)
             labels << l->text();
@@ -200,8 +179,7 @@ private slots:
         QFETCH(QList<bool>, answers);
         QFETCH(QStringList, boxes);
         QFETCH(QStringList, frames);
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         h->takeFrames();
         for (int i = 0; i < 2; ++i) {
             f->txtPulseNum[size_t(i)]->clear();
@@ -212,7 +190,7 @@ private slots:
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         QCOMPARE(mb->texts, boxes);
         QCOMPARE(mb->okOnly, QList<bool>(boxes.size(), false));  // questions, even for a range
-        waitIdle();
+        WaitIdle();
         QCOMPARE(h->takeFrames(), frames);
         QCOMPARE(HoistParamSaved, !frames.isEmpty());
         if (!frames.isEmpty()) {
@@ -251,8 +229,7 @@ private slots:
         QFETCH(bool, red);
         QFETCH(bool, polling);
         QFETCH(int, reads);
-        YiBiaoAdvance* f = open();
-        QVERIFY(f);
+        QVERIFY(open());
         h->takeFrames();
         f->BcStart = start;
         f->BcResultShown = shownBefore;
@@ -262,21 +239,19 @@ private slots:
             QCOMPARE(TextColor(f->LbLBZwc), red ? QColor(0xFF, 0, 0) : QColor(0, 0x80, 0));
         QCOMPARE(Link().Timer1.isActive(), polling);
         QCOMPARE(f->txtBCSuccessRead->text(), reply.size() == 4 ? QStringLiteral("XXX") : reply);
-        waitIdle();
+        WaitIdle();
         QCOMPARE(h->takeFrames(), QStringList(reads, kPoll));
     }
 
 private:
-    YiBiaoAdvance* open()
+    bool open()
     {
         Forms::show(QStringLiteral("YiBiaoAdvance"));
-        auto* f = qobject_cast<YiBiaoAdvance*>(Forms::loaded(QStringLiteral("YiBiaoAdvance")));
-        return QTest::qWaitFor([] { return HoistPollOn; }) ? f : nullptr;
+        f = qobject_cast<YiBiaoAdvance*>(Forms::loaded(QStringLiteral("YiBiaoAdvance")));
+        return f && QTest::qWaitFor([] { return HoistPollOn; });
     }
-    void waitIdle() { QTRY_VERIFY(SendFlag && !Link().Timer2.isActive()); }
 
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
+    YiBiaoAdvance* f = nullptr;
 };
 
 QTEST_MAIN(YiBiaoAdvanceTest)

@@ -1,16 +1,7 @@
-#include "test_support.h"
+#include "plant_rig.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/link_engine.h"
 #include "plant/zd_time.h"
-#include "shell/app_setup.h"
-
-#include <QLineEdit>
-#include <QTest>
-
-using plcsim::Fault;
 
 namespace {
 const QString kRead = Frame(QStringLiteral("0122038"));  // D272, 56 bytes
@@ -19,58 +10,38 @@ const QString kRange = QStringLiteral("请检查!振动时间设定的输入范�
 
 QString blockWrite(const QList<int>& words) { return Frame(QStringLiteral("1122038") + WordsHex(words)); }
 
-// Registers of the block: field i holds 10 i + 5, shown rounded up as i + 1; the spare vibrator of
-// scale 3 (fields 4 to 7) holds the values that show the rounding.
-QList<int> registers()
+// Field i at 10 i + from, the spare vibrator of scale 3 (fields 4 to 7) at its own four values.
+QList<int> block(int from, const QList<int>& spare)
 {
     QList<int> r;
     for (int i = 0; i < 28; ++i)
-        r << 10 * i + 5;
-    r[4] = 35;
-    r[5] = 5;
-    r[6] = 4;
-    r[7] = 600;
+        r << (i >= 4 && i < 8 ? spare[i - 4] : 10 * i + from);
     return r;
 }
-QList<int> writtenBack()
-{
-    QList<int> w;
-    for (int i = 0; i < 28; ++i)
-        w << 10 * (i + 1);
-    w[4] = 40;
-    w[5] = 10;
-    w[6] = 0;
-    w[7] = 600;
-    return w;
-}
+// Registers shown rounded up to whole seconds, and the tenths they go back as; the spare ones show the rounding.
+QList<int> registers() { return block(5, {35, 5, 4, 600}); }
+QList<int> writtenBack() { return block(10, {40, 10, 0, 600}); }
 }  // namespace
 
 // The vibrator times on the wire against the simulator: titles from the scale table, the block read
 // rounded to whole seconds and written back in tenths, the checks that skip spare vibrators, the return.
-class ZDTimeTest : public QObject {
+class ZDTimeTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        RegisterPlantForms();
-        Forms::registerForm(QStringLiteral("Other"), [] { return new QWidget; });
-    }
+    void initTestCase() { RegisterPlantWith({"Other"}); }
     void init()
     {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
+        setUp();
         SavedVib.fill(-1);
         // Scale 3 is named but has no vibrator, scale 4 has one but no name: both are spare.
         for (int s : {2, 3, 4, 5, 6, 8, 9, 10}) {
             ScaleName[size_t(s)] = s == 4 ? QString() : QStringLiteral("秤%1").arg(s);
             ScaleVibrator[size_t(s)] = s == 3 ? 0 : 1;
         }
-        h->connectLink();
     }
     void cleanup()
     {
-        delete mb;
-        delete h;
+        tearDown();
         f = nullptr;
     }
 
@@ -96,28 +67,27 @@ private slots:
         QFETCH(QList<int>, words);
         QStringList seen;  // the status line after each reply
         connect(&h->sim, &plcsim::Controller::reply, this, [&] {
-            seen << (f ? status() + (f->LbLCssdS->isVisible() ? "/shown" : "/hidden") : QString());
+            seen << (f ? Status(f->LbLCssdS) + (f->LbLCssdS->isVisible() ? "/shown" : "/hidden") : QString());
         });
         open();
         QCOMPARE(h->takeFrames(), QStringList{kRead});
         QStringList shown;
+        QString enabled;
         for (int i = 0; i < 28; ++i) {
-            shown << box(i)->text();
-            QCOMPARE(SavedVib.at(size_t(i)), box(i)->text().toDouble());
+            shown << Box(f, i)->text();
+            enabled += Box(f, i)->isEnabled() ? '1' : '0';
+            QCOMPARE(SavedVib.at(size_t(i)), Box(f, i)->text().toDouble());
         }
         QCOMPARE(shown.join('|'), QStringLiteral("1|2|3|4|4|1|0|60|9|10|11|12|13|14|15|16|17|18|19|20|21|22|23|24|25|26|27|28"));
-        QString enabled;
-        for (int i = 0; i < 28; ++i)
-            enabled += box(i)->isEnabled() ? '1' : '0';
         QCOMPARE(enabled, QStringLiteral("1111000000001111111111111111"));
         QCOMPARE(title(2)->text() + '|' + title(3)->text() + '|' + title(4)->text(), QStringLiteral("秤2振动器|备用振动器|备用振动器"));
         QVERIFY(!title(3)->isEnabled());
-        QCOMPARE(box(0)->toolTip() + box(1)->toolTip(), QStringLiteral("输入范围为:(1-60)S输入范围为:(0-60)S"));
+        QCOMPARE(Box(f, 0)->toolTip() + Box(f, 1)->toolTip(), QStringLiteral("输入范围为:(1-60)S输入范围为:(0-60)S"));
         seen.clear();
         if (nak)
             h->sim.injectFault(Fault::Nak, 1);
         ClickOn(Ctl(f, button));
-        QCOMPARE(status(), QStringLiteral("正在设定振动器时间,请稍候....../#ff0000"));
+        QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定振动器时间,请稍候....../#ff0000"));
         QTRY_VERIFY(VibSaved);
         QCOMPARE(mb->texts, QStringList{question});
         QCOMPARE(h->takeFrames(), QStringList(nak ? 2 : 1, blockWrite(words)));
@@ -150,16 +120,15 @@ private slots:
         QFETCH(int, focus);
         open();
         h->takeFrames();
-        for (const QString& e : edits)  // "field=text"
-            box(e.section('=', 0, 0).toInt())->setText(e.section('=', 1));
+        Edit(f, edits);
         mb->queue(false);  // No to the question: nothing is written either way
         ClickOn(Ctl(f, "ImgBdOk"));
         QCOMPARE(mb->texts, QStringList{message});
         QCOMPARE(mb->okOnly, QList<bool>{focus >= 0});
-        QCOMPARE(f->PicZDTime[0]->isVisible(), tab == 0);
         QCOMPARE(f->PicZDTime[1]->isVisible(), tab == 1);
+        QCOMPARE(f->PicZDTime[0]->isVisible(), tab == 0);
         if (focus >= 0)
-            QTRY_COMPARE(f->focusWidget(), box(focus));
+            QTRY_COMPARE(f->focusWidget(), Box(f, focus));
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
     }
@@ -198,13 +167,13 @@ private slots:
         QFETCH(bool, asked);
         open();
         if (after != QLatin1String("untouched"))
-            box(8)->setText(QStringLiteral("30"));
+            Box(f, 8)->setText(QStringLiteral("30"));
         if (after.startsWith(QLatin1String("write"))) {
             ClickOn(Ctl(f, "ImgBdOk"));
             QTRY_VERIFY(VibSaved);
         }
         if (after.endsWith(QLatin1String("key")))
-            QTest::keyClick(box(8), Qt::Key_Shift);
+            QTest::keyClick(Box(f, 8), Qt::Key_Shift);
         mb->texts.clear();
         mb->queue(false);  // No: stay
         ClickOn(Ctl(f, "ImgReturn"));
@@ -226,12 +195,8 @@ private:
         QVERIFY(f);
         QTRY_VERIFY(VibReadDone && SendFlag);
     }
-    QLineEdit* box(int i) { return Ctl<QLineEdit>(f, QStringLiteral("TxtDCansd(%1)").arg(i)); }
     QLabel* title(int s) { return Ctl<QLabel>(f, QStringLiteral("lblTitleName(%1)").arg(s)); }
-    QString status() { return f->LbLCssdS->text() + '/' + TextColor(f->LbLCssdS).name(); }
 
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
     ZDTime* f = nullptr;
 };
 
