@@ -18,6 +18,15 @@ inline bool putBytes(const QString& path, const QByteArray& bytes)
     return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
 }
 
+// UTF-16 little-endian behind its mark, as a Windows editor saves "Unicode".
+inline QByteArray u16(const QString& text)
+{
+    QByteArray b("\xFF\xFE");
+    for (const QChar c : text)
+        b.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
+    return b;
+}
+
 inline QString fixture(const QString& name) { return QStringLiteral(ORVA_TEST_DATA "/common/") + name; }
 
 // Permission bits do not stop root. While this lives, the file accesses of this (the only) thread are

@@ -6,7 +6,6 @@
 #include "common/form_access.h"
 #include "common/module1.h"
 #include "link/link_engine.h"
-#include "link/register_map.h"
 #include "shell/app_setup.h"
 
 #include <QCheckBox>
@@ -55,13 +54,7 @@ private slots:
         h.sim.setSBit(612, true);  // zero tracking off, so the calibration tabs open
         h.sim.setByteAt(0x3E, 0x5A);
         h.sim.setByteAt(0x3F, 0xC3);
-        const ScaleDevices& d = kScaleDevices[0];
-        ScaleNo = 0;
-        CalZeroDevice = QLatin1String(d.zero);
-        CalSpanDevice = QLatin1String(d.span);
-        CalWeightDevice = QLatin1String(d.weight);
-        OptionDevice = QLatin1String(d.option);
-        ParamDevice = QLatin1String(d.param);
+        UseScaleDevices(0);
         h.connectLink();
         Forms::show(form);
         QPointer<QWidget> f = Forms::loaded(form);

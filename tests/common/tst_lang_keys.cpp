@@ -8,28 +8,44 @@
 #include <QTest>
 
 namespace {
-// Key prefix -> section of the language file.
-const QList<QPair<QString, QString>> kSections = {
-    {QStringLiteral("YIBIAOADVA"), QStringLiteral("LANYIBIAOADVAFORM")},
-    {QStringLiteral("YIBIAO"), QStringLiteral("LANYIBIAOFORM")},
-    {QStringLiteral("COM"), QStringLiteral("LANCOMMON")},
-    {QStringLiteral("PLC"), QStringLiteral("LANPLCFORM")},
-    {QStringLiteral("CANSD"), QStringLiteral("LANCANSDFORM")},
-    {QStringLiteral("BCBUT"), QStringLiteral("LANBCBUTFORM")},
-    {QStringLiteral("ZDTIME"), QStringLiteral("LANZDTIMEFORM")},
-    {QStringLiteral("SENSOR"), QStringLiteral("LANSENSORFORM")},
-    {QStringLiteral("OTHER"), QStringLiteral("LANOTHERFORM")},
-    {QStringLiteral("FACTORY"), QStringLiteral("LANFACTORYFORM")},
-    {QStringLiteral("HUMID"), QStringLiteral("HUMIDFORM")},
-    {QStringLiteral("MbQuestion"), QStringLiteral("LANMbQuestion")},
+// Key prefix, its section of the language file, and the numbers in use there; the language file has no
+// others. Keys that the step table and the forms name beside their texts (the status lines, the port
+// errors, three help texts, the moisture title) come on top. A longer prefix before its own start.
+struct Section {
+    const char *prefix, *section, *ranges;
 };
+const Section kSections[] = {
+    {"YIBIAOADVA", "LANYIBIAOADVAFORM", "1-3,5-8,14-18,20-23,45-46"},
+    {"YIBIAO", "LANYIBIAOFORM", "1-21,25-29,31-35,37-45,50-51"},
+    {"COM", "LANCOMMON", "1-8,11-12,14-20,23-28"},
+    {"PLC", "LANPLCFORM", "1-9,11-20,22,24,26,28-40"},
+    {"CANSD", "LANCANSDFORM", "1-67,80-87"},
+    {"BCBUT", "LANBCBUTFORM", "1-4,7-8,21,24-28,30-32,35,37-45"},
+    {"ZDTIME", "LANZDTIMEFORM", "8-13"},
+    {"SENSOR", "LANSENSORFORM", "1-6"},
+    {"OTHER", "LANOTHERFORM", "1-25,28-57,59-61"},
+    {"FACTORY", "LANFACTORYFORM", "2-3,5-6"},
+    {"HUMID", "HUMIDFORM", "1-12,42-43"},
+    {"MbQuestion", "LANMbQuestion", "1-4"},
+};
+
+// The entry of a key: its prefix followed by digits.
+const Section* sectionOf(const QString& key)
+{
+    for (const Section& s : kSections) {
+        const QString prefix = QLatin1String(s.prefix);
+        if (key.startsWith(prefix) && key.mid(prefix.size()).front().isDigit())
+            return &s;
+    }
+    return nullptr;
+}
 
 // Every key literal in the console's sources: "OTHER012", "COM016", ...
 QStringList keysInSources()
 {
     QStringList prefixes;
-    for (const auto& [prefix, section] : kSections)
-        prefixes << prefix;
+    for (const Section& s : kSections)
+        prefixes << QLatin1String(s.prefix);
     const QRegularExpression key(QStringLiteral("\"((?:%1)\\d{3})\"").arg(prefixes.join(QLatin1Char('|'))));
     QStringList keys;
     QDirIterator it(QStringLiteral(ORVA_SOURCE_DIR "/src"), {QStringLiteral("*.cpp"), QStringLiteral("*.h")},
@@ -38,8 +54,7 @@ QStringList keysInSources()
         QFile f(it.next());
         if (!f.open(QIODevice::ReadOnly))
             continue;
-        const QString text = QString::fromUtf8(f.readAll());
-        for (auto m = key.globalMatch(text); m.hasNext();)
+        for (auto m = key.globalMatch(QString::fromUtf8(f.readAll())); m.hasNext();)
             keys << m.next().captured(1);
     }
     keys.removeDuplicates();
@@ -47,47 +62,18 @@ QStringList keysInSources()
     return keys;
 }
 
-// The numbers each section has in use; the language file has no others. Keys that the step table and
-// the forms name beside their texts (the status lines, the port errors, three help texts, the moisture
-// title) come on top.
-const QList<QPair<QString, QString>> kCatalogue = {
-    {QStringLiteral("COM"), QStringLiteral("1-8,11-12,14-20,23-28")},
-    {QStringLiteral("PLC"), QStringLiteral("1-9,11-20,22,24,26,28-40")},
-    {QStringLiteral("CANSD"), QStringLiteral("1-67,80-87")},
-    {QStringLiteral("BCBUT"), QStringLiteral("1-4,7-8,21,24-28,30-32,35,37-45")},
-    {QStringLiteral("ZDTIME"), QStringLiteral("8-13")},
-    {QStringLiteral("SENSOR"), QStringLiteral("1-6")},
-    {QStringLiteral("OTHER"), QStringLiteral("1-25,28-57,59-61")},
-    {QStringLiteral("YIBIAOADVA"), QStringLiteral("1-3,5-8,14-18,20-23,45-46")},
-    {QStringLiteral("FACTORY"), QStringLiteral("2-3,5-6")},
-    {QStringLiteral("HUMID"), QStringLiteral("1-12,42-43")},
-    {QStringLiteral("YIBIAO"), QStringLiteral("1-21,25-29,31-35,37-45,50-51")},
-    {QStringLiteral("MbQuestion"), QStringLiteral("1-4")},
-};
-
 bool inCatalogue(const QString& key)
 {
-    for (const auto& [prefix, ranges] : kCatalogue) {
-        if (!key.startsWith(prefix) || !key.mid(prefix.size()).front().isDigit())
-            continue;
-        const int n = key.mid(prefix.size()).toInt();
-        for (const QString& r : ranges.split(QLatin1Char(','))) {
-            const QStringList ends = r.split(QLatin1Char('-'));
-            if (n >= ends.first().toInt() && n <= ends.last().toInt())
-                return true;
-        }
+    const Section* s = sectionOf(key);
+    if (!s)
         return false;
+    const int n = key.mid(int(qstrlen(s->prefix))).toInt();
+    for (const QString& r : QString::fromLatin1(s->ranges).split(QLatin1Char(','))) {
+        const QStringList ends = r.split(QLatin1Char('-'));
+        if (n >= ends.first().toInt() && n <= ends.last().toInt())
+            return true;
     }
     return false;
-}
-
-QString sectionOf(const QString& key)
-{
-    for (const auto& [prefix, section] : kSections) {
-        if (key.startsWith(prefix))
-            return section;
-    }
-    return {};
 }
 }  // namespace
 
@@ -106,7 +92,9 @@ private slots:
     {
         QFETCH(QString, key);
         const QString missing = QStringLiteral("\x01");
-        const QString english = ReadProfileValue(sectionOf(key), key + QStringLiteral("-2"), missing,
+        const Section* s = sectionOf(key);
+        QVERIFY(s);
+        const QString english = ReadProfileValue(QLatin1String(s->section), key + QStringLiteral("-2"), missing,
                                                  QStringLiteral(ORVA_LANG_FILE));
         QVERIFY2(english != missing, qPrintable(key + QStringLiteral(" has no English entry")));
         QVERIFY2(!english.trimmed().isEmpty(), qPrintable(key + QStringLiteral(" has an empty English entry")));

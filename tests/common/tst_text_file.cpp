@@ -66,41 +66,34 @@ private slots:
         QCOMPARE(rawBytes(path("ap.txt")), bytes);
     }
 
-    // The profile writer goes the same way, so this holds for every file the console rewrites.
-    void failedWriteKeepsOldFile()
+    // A folder the operator may not write to: a file he may write is rewritten in place, by the profile
+    // writer too; one he may not, or a new one, is refused and nothing is lost.
+    void readOnlyFolderWritableFile_data()
     {
-        const QByteArray old("COMPort=3\r\nIsShowCsHelp=1\r\n");
-        QVERIFY(putBytes(path("ro/BLZConfig.dat"), old));
-        makeReadOnly(dir_->path());
-        {
-            UnprivilegedFiles asOperator;
-            QVERIFY(!TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}));
-            QVERIFY(!TextFile::append(path("ro/BLZConfig.dat"), "x\n"));
-            QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
-        }
-        makeWritable(dir_->path());
-        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), old);
-        QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), QStringList{"BLZConfig.dat"});
+        QTest::addColumn<bool>("filesWritable");
+        QTest::newRow("files writable") << true;
+        QTest::newRow("files read-only") << false;
     }
-
-    // A folder the operator may not write to, with files he may: the files are rewritten in place, and a
-    // file of his own stays refused.
     void readOnlyFolderWritableFile()
     {
-        QVERIFY(putBytes(path("ro/BLZConfig.dat"), "COMPort=3\r\n"));
-        QVERIFY(putBytes(path("ro/CName.ini"), "[Name]\r\n01=a\r\n"));
+        QFETCH(bool, filesWritable);
+        const QByteArray blz("COMPort=3\r\n"), cname("[Name]\r\n01=a\r\n");
+        QVERIFY(putBytes(path("ro/BLZConfig.dat"), blz));
+        QVERIFY(putBytes(path("ro/CName.ini"), cname));
         makeReadOnly(dir_->path());
         for (const char* f : {"ro/BLZConfig.dat", "ro/CName.ini"})
-            QFile::setPermissions(path(f), QFile::permissions(path(f)) | QFileDevice::WriteOther);
+            if (filesWritable)
+                QFile::setPermissions(path(f), QFile::permissions(path(f)) | QFileDevice::WriteOther);
         {
             UnprivilegedFiles asOperator;
-            QVERIFY(TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}));
-            QVERIFY(WriteProfileValue("Name", "01", QString::fromUtf8("石子"), path("ro/CName.ini")));
+            QCOMPARE(TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}), filesWritable);
+            QVERIFY(WriteProfileValue("Name", "01", QString::fromUtf8("石子"), path("ro/CName.ini")));  // told True
+            QVERIFY(filesWritable || !TextFile::append(path("ro/BLZConfig.dat"), "x\n"));
             QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
         }
         makeWritable(dir_->path());
-        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), QByteArray("COMPort=4\r\n"));
-        QCOMPARE(rawBytes(path("ro/CName.ini")), QByteArray("[Name]\r\n01=\xCA\xAF\xD7\xD3\r\n"));
+        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), filesWritable ? QByteArray("COMPort=4\r\n") : blz);
+        QCOMPARE(rawBytes(path("ro/CName.ini")), filesWritable ? QByteArray("[Name]\r\n01=\xCA\xAF\xD7\xD3\r\n") : cname);
         QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), (QStringList{"BLZConfig.dat", "CName.ini"}));
     }
 

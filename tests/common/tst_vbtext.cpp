@@ -29,19 +29,6 @@ private slots:
         QCOMPARE(Val(text), value);
     }
 
-    void format_data()
-    {
-        QTest::addColumn<QString>("result");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("half away, not to even") << Format(2.5, "#0") << "3";
-        QTest::newRow("negative half away") << Format(-2.5, "#0") << "-3";
-        QTest::newRow("negative rounding to zero") << Format(-0.4, "#0") << "-0";
-        QTest::newRow("decimal half 1.005") << Format(1.005, "#0.00") << "1.01";
-        QTest::newRow("just below a half") << Format(1.0049999, "#0.00") << "1.00";
-        QTest::newRow("carry over all nines") << Format(99.95, "#0.0") << "100.0";
-    }
-    void format() { compareResults(); }
-
     // CInt for 16 bits, CLng for 32; -1 stands for the overflow error.
     void integerConversion_data()
     {
@@ -73,10 +60,18 @@ private slots:
         }
     }
 
-    void substrings_data()
+    // Rows that carry a routine's result and the text expected of it: Format, the substring routines,
+    // Hex as the 16-bit routines expect it, NumText as Str gives it.
+    void results_data()
     {
         QTest::addColumn<QString>("result");
         QTest::addColumn<QString>("expected");
+        QTest::newRow("half away, not to even") << Format(2.5, "#0") << "3";
+        QTest::newRow("negative half away") << Format(-2.5, "#0") << "-3";
+        QTest::newRow("negative rounding to zero") << Format(-0.4, "#0") << "-0";
+        QTest::newRow("decimal half 1.005") << Format(1.005, "#0.00") << "1.01";
+        QTest::newRow("just below a half") << Format(1.0049999, "#0.00") << "1.00";
+        QTest::newRow("carry over all nines") << Format(99.95, "#0.0") << "100.0";
         QTest::newRow("Trim both ends") << Trim("  a b  ") << "a b";
         QTest::newRow("RTrim") << RTrim("  a b  ") << "  a b";
         QTest::newRow("tab is no blank") << Trim("\ta\t") << "\ta\t";
@@ -89,14 +84,6 @@ private slots:
         QTest::newRow("Mid start beyond") << Mid("abc", 4, 1) << "";
         QTest::newRow("Mid start 0 clamped") << Mid("abc", 0, 2) << "ab";
         QTest::newRow("Mid Chinese") << Mid(QString::fromUtf8("骨料1"), 2, 1) << QString::fromUtf8("料");
-    }
-    void substrings() { compareResults(); }
-
-    // Numbers as text: Hex as the 16-bit routines expect it, NumText as Str gives it.
-    void numberText_data()
-    {
-        QTest::addColumn<QString>("result");
-        QTest::addColumn<QString>("expected");
         QTest::newRow("Hex of minus one as 16 bits") << Hex(-1) << "FFFF";
         QTest::newRow("Hex beyond 16 bits") << Hex(70000) << "11170";
         QTest::newRow("Hex of the 16-bit bottom") << Hex(-32768) << "8000";
@@ -106,11 +93,7 @@ private slots:
         QTest::newRow("exponent from 1E+15") << NumText(1e15) << "1E+15";
         QTest::newRow("small exponent") << NumText(0.00001) << "1E-05";
     }
-    void numberText() { compareResults(); }
-
-private:
-    // Rows that carry the routine's result and the text expected of it.
-    static void compareResults()
+    void results()
     {
         QFETCH(QString, result);
         QFETCH(QString, expected);

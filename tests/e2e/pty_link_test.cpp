@@ -3,14 +3,11 @@
 // is cut, when the adapter is pulled and plugged in again, and when the console is started again.
 #include "test_support.h"
 
-#include "common/error_log.h"
 #include "common/form_access.h"
 #include "common/module1.h"
-#include "common/scale_table.h"
 #include "common/text_file.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
-#include "link/register_map.h"
 #include "shell/app_setup.h"
 #include "shell/plc_form.h"
 
@@ -72,33 +69,267 @@ void leaveLineAsARawPortDoes(const QString& path)
     ::close(fd);
 }
 
-QString errorLog()
-{
-    QString text;
-    TextFile::read(ErrorLogPath(QDate::currentDate()), &text);
-    return text;
-}
 }  // namespace
 
 class PtyLinkTest : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
-    void loginAndReadAnswered();
-    void spoiltReplies_data();
-    void spoiltReplies();
-    void lateWordIsNotTakenForTheNextRead();
-    void cutLineEndsInTheFaultDialog();
-    void portOpenErrorsLogged_data();
-    void portOpenErrorsLogged();
-    void secondStartOnTheSameLine();
-    void adapterPulledAndPluggedIn();
+    void initTestCase()
+    {
+        RegisterForms();
+        h = new ConsoleHarness;
+        SetPortFactory({});  // the real serial port, by the mapping of the application folder
+        linkPath = h->path(QStringLiteral("ttyPLC"));
+        sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        sim.start(QStringLiteral(PLCSIM_EXE),
+                  {QStringLiteral("--control-stdin"), QStringLiteral("--no-live"), QStringLiteral("--link"), linkPath});
+        QVERIFY(sim.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kSlowMs);
+        const QString device = QString::fromLocal8Bit(sim.readLine()).trimmed();
+        QVERIFY(device.startsWith(QLatin1String("/dev/pts/")));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(linkPath).isSymLink(), kSlowMs);
+        QDir().mkpath(h->path(QStringLiteral("Data")));
+        QVERIFY(TextFile::writeLines(h->path(QStringLiteral("Data/ComPorts.ini")),
+                                     {QStringLiteral("[ComPorts]"), QStringLiteral("Com2=") + linkPath,
+                                      QStringLiteral("Com3=") + h->path(QStringLiteral("no-such-device"))}));
+
+        MbAnswerer mb;
+        auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
+        QVERIFY(plc->load());
+        plc->show();
+        QCOMPARE(plc->ComboPlc->currentText(), QStringLiteral("Com2"));
+        login(1);
+        QVERIFY2(mb.texts.isEmpty(), qPrintable(mb.texts.join(QLatin1Char('|'))));
+        QVERIFY(Link().portOpen());
+        QCOMPARE(Link().port()->deviceName(), linkPath);
+        watchPort();
+    }
+    void cleanupTestCase()
+    {
+        delete h;
+        if (sim.state() != QProcess::NotRunning) {
+            sim.write("quit\n");
+            if (!sim.waitForFinished(kSlowMs))
+                sim.kill();
+        }
+    }
+    // A reply lost, spoilt or late is asked for again, by the clock or at once, and the read still ends.
+    void spoiltReplies_data()
+    {
+        QTest::addColumn<QByteArray>("fault");
+        QTest::addColumn<bool>("byTheClock");  // re-sent by Timer2 rather than at once
+        QTest::newRow("answered the first time") << QByteArray() << false;
+        QTest::newRow("dropped reply") << QByteArray("fault noreply 1") << true;
+        QTest::newRow("garbled reply") << QByteArray("fault garbage 1") << false;
+        QTest::newRow("NAK, shorter than the threshold of a read") << QByteArray("fault nak 1") << true;
+        QTest::newRow("late reply") << QByteArray("fault late 1") << true;
+    }
+    void spoiltReplies()
+    {
+        QFETCH(QByteArray, fault);
+        QFETCH(bool, byTheClock);
+        const bool spoilt = !fault.isEmpty();
+        const QList<QByteArray> setUp = spoilt ? QList<QByteArray>{"late 1500", fault}
+                                               : QList<QByteArray>{"set D11 1234", "set D42 -5"};
+        for (const QByteArray& c : setUp)
+            QCOMPARE(command(c), QByteArray("ok"));
+        LiveReadDone = false;
+        sent.clear();
+        clock.start();
+        const int arrivals = Link().port()->arrivals();
+        readLiveBlock();
+        QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
+        QCOMPARE(sent.size(), spoilt ? 2 : 1);
+        QCOMPARE(sent.first().second, QByteArray("\x02" "0101640\x03" "5F"));
+        QCOMPARE(sent.last().second, sent.first().second);
+        QCOMPARE(Link().TxtR[0], QStringLiteral("1234"));
+        QCOMPARE(int(Link().RetryCount), 0);
+        QVERIFY(!Link().Timer2.isActive());
+        if (!spoilt) {
+            QCOMPARE(Link().TxtR[31], QStringLiteral("-5"));
+            // The 132 characters come one by one at the line's pace; the port is read when they can all be there.
+            const int reads = Link().port()->arrivals() - arrivals;
+            QVERIFY2(reads <= 4, qPrintable(QString::number(reads)));
+            return;
+        }
+        // The reply time-out is one second; a spoilt reply is answered before it runs out.
+        const qint64 gap = sent[1].first - sent[0].first;
+        QVERIFY2(byTheClock ? gap >= 700 && gap <= 2500 : gap < 700, qPrintable(QString::number(gap)));
+    }
+    // The option word of the scale comes late, after its re-send has been answered and the chain has moved
+    // on to the zero tracking word, a read of the same length.
+    void lateWordIsNotTakenForTheNextRead()
+    {
+        for (const char* bit : {"S496", "S501", "S505", "S508", "S608", "S612"})  // S612 on: tracking off
+            QCOMPARE(command(QByteArray("set ") + bit + " 1"), QByteArray("ok"));
+        QCOMPARE(command("late 1500"), QByteArray("ok"));
+        QCOMPARE(command("fault late 1"), QByteArray("ok"));
+        UseScaleDevices(0);
+        sent.clear();
+        clock.start();
+        Forms::show(QStringLiteral("YIBiao"));
+        QWidget* f = Forms::loaded(QStringLiteral("YIBiao"));
+        QVERIFY(f);
+        // Until the late word has come and gone.
+        QTRY_VERIFY_WITH_TIMEOUT(clock.elapsed() > 2500 && SendFlag && !Link().Timer2.isActive(), kSlowMs);
+        const QByteArray optionRead = Frame(QStringLiteral("0003E02")).toLatin1();
+        const QByteArray trackingRead = Frame(QStringLiteral("0004C02")).toLatin1();
+        QList<QByteArray> frames;
+        for (const auto& s : sent)
+            frames << s.second;
+        QCOMPARE(frames, (QList<QByteArray>{optionRead, optionRead, trackingRead}));
+        QVERIFY(Ctl<QCheckBox>(f, QStringLiteral("Check2(0)"))->isChecked());
+        QVERIFY(!Ctl<QCheckBox>(f, QStringLiteral("Check2(1)"))->isChecked());
+
+        // Tracking on: S612 cleared, S608 of the same word written back as it was read.
+        sent.clear();
+        Ctl<QCheckBox>(f, QStringLiteral("Check2(1)"))->click();
+        QTRY_VERIFY_WITH_TIMEOUT(SendFlag && !Link().Timer2.isActive(), kSlowMs);
+        QCOMPARE(sent.value(0).second, WriteFrame("004C", "0100").toLatin1());
+        QCOMPARE(command("get S612"), QByteArray("ok 0"));
+        QCOMPARE(command("get S608"), QByteArray("ok 1"));
+        Forms::unload(QStringLiteral("YIBiao"));
+        StepNo = 444;
+    }
+    // The line is cut, or the far end goes away (a USB adapter pulled): eight re-sends a second apart, one
+    // report, then the console rests; the line comes back and the next request is answered.
+    void adapterPulledAndPluggedIn_data()
+    {
+        QTest::addColumn<QByteArray>("cut");
+        QTest::addColumn<QByteArray>("back");
+        QTest::newRow("cable cut") << QByteArray("unplug") << QByteArray("plug");
+        QTest::newRow("adapter pulled") << QByteArray("hangup") << QByteArray("reopen");
+    }
+    // The operator is told in the terms of the design; the error log keeps the port's own number and words.
+    void portOpenErrorsLogged_data()
+    {
+        QTest::addColumn<int>("combo");
+        QTest::addColumn<bool>("heldElsewhere");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("no such device") << 2 << false << "Com3端口无效!请重新设置端口！"
+                                        << "ErrNumber:1----No such file or directory";
+        QTest::newRow("held by another program") << 1 << true << "Com2端口已被其它程序占用!请重新设置端口！"
+                                                 << "ErrNumber:2----";
+    }
+    void portOpenErrorsLogged()
+    {
+        QFETCH(int, combo);
+        QFETCH(bool, heldElsewhere);
+        QFETCH(QString, text);
+        QFETCH(QString, logged);
+        MbAnswerer mb;
+        Link().closePort();
+        QSerialPort other(linkPath);
+        if (heldElsewhere)
+            QVERIFY(other.open(QIODevice::ReadWrite));
+        login(combo);
+        QCOMPARE(mb.texts, QStringList{text});
+        QVERIFY(!Link().portOpen());
+        const QString log = ErrorLogText();
+        const qsizetype at = log.indexOf(logged);
+        QVERIFY2(at >= 0, qPrintable(log));
+        QVERIFY2(log.mid(at).section(QLatin1Char('\n'), 1, 2).contains(QLatin1String("ErrForm:PLC\r\nErrSub:cmdOk")),
+                 qPrintable(log));
+        QVERIFY(!log.contains(text));
+        other.close();
+
+        login(1);
+        QCOMPARE(mb.texts.size(), 1);
+        QVERIFY(Link().portOpen());
+        watchPort();
+    }
+    // A console that ended without setting the line back leaves the pseudo-terminal as the port left it:
+    // the next start opens it all the same, and the setting it cannot hold is logged once for the run.
+    void secondStartOnTheSameLine()
+    {
+        MbAnswerer mb;
+        for (int start = 1; start <= 2; ++start) {
+            Link().closePort();
+            leaveLineAsARawPortDoes(linkPath);
+            login(1);
+            QVERIFY2(mb.texts.isEmpty(), qPrintable(mb.texts.join(QLatin1Char('|'))));
+            QVERIFY(Link().portOpen());
+            watchPort();
+            LiveReadDone = false;
+            readLiveBlock();
+            QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
+        }
+        QCOMPARE(ErrorLogText().count(QStringLiteral("9600,e,7,1")), 1);
+    }
+    void adapterPulledAndPluggedIn()
+    {
+        QFETCH(QByteArray, cut);
+        QFETCH(QByteArray, back);
+        const bool pulled = cut == "hangup";
+        {
+            MbAnswerer mb;
+            QCOMPARE(command(cut), QByteArray("ok"));
+            sent.clear();
+            clock.start();
+            readLiveBlock();
+            QTRY_VERIFY_WITH_TIMEOUT(!mb.texts.isEmpty(), kSlowMs);
+            const qint64 shown = clock.elapsed();
+            QCOMPARE(mb.texts.size(), 1);
+            QCOMPARE(sent.size(), 9);  // the request and eight re-sends
+            // Each re-send about a second after the send before it, and the fault a second after the last.
+            sent.append({shown, sent[0].second});
+            for (qsizetype i = 1; i < sent.size(); ++i) {
+                QCOMPARE(sent[i].second, sent[0].second);
+                const qint64 gap = sent[i].first - sent[i - 1].first;
+                QVERIFY2(gap >= 700 && gap <= 2500, qPrintable(QStringLiteral("step %1 after %2 ms").arg(i).arg(gap)));
+            }
+            QVERIFY(mb.texts[0].contains(QStringLiteral("端口:Com2,")));
+            QCOMPARE(mb.errorIcons, QList<bool>{true});
+            QCOMPARE(int(StepNo), 444);
+            QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
+        }
+        if (pulled) {
+            const QString log = ErrorLogText();
+            QCOMPARE(log.count(QStringLiteral("ErrSub:MSComm1_OnComm")), 1);
+            QVERIFY2(log.contains(linkPath + QStringLiteral(": ")), qPrintable(log));
+
+            // The dialog is gone and nothing is asked of the link: the program must rest.
+            const double before = cpuSeconds();
+            QElapsedTimer idle;
+            idle.start();
+            QTest::qWait(2000);
+            const double share = (cpuSeconds() - before) / (double(idle.elapsed()) / 1000.0);
+            qInfo("processor share at rest after the pull: %.1f %%", share * 100);
+            QVERIFY2(share < 0.05, qPrintable(QString::number(share)));
+        }
+        MbAnswerer mb;
+        QVERIFY(command(back).startsWith(pulled ? "ok /dev/pts/" : "ok"));
+        QCOMPARE(command("set D11 4321"), QByteArray("ok"));
+        LiveReadDone = false;
+        readLiveBlock();
+        QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
+        QCOMPARE(Link().TxtR[0], QStringLiteral("4321"));
+        QVERIFY(mb.texts.isEmpty());
+    }
 
 private:
-    QByteArray command(const QByteArray& line);
-    void watchPort();
-    void login(int comboIndex);
+    QByteArray command(const QByteArray& line)
+    {
+        sim.write(line + '\n');
+        (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kSlowMs);
+        return sim.readLine().trimmed();
+    }
+    // Frames on the line are recorded from whichever port the link holds now.
+    void watchPort()
+    {
+        if (watched == Link().port())
+            return;
+        watched = Link().port();
+        connect(watched, &CommPort::written, this, [this](const QByteArray& f) { sent.append({clock.elapsed(), f}); });
+    }
+    void login(int comboIndex)
+    {
+        auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
+        plc->ComboPlc->setCurrentIndex(comboIndex);
+        plc->txtPassword->setText(QStringLiteral("48213"));
+        plc->cmdOk();
+    }
     QList<QPair<qint64, QByteArray>> sent;  // ms since the request, frame
     QElapsedTimer clock;
     QProcess sim;
@@ -106,294 +337,6 @@ private:
     QPointer<CommPort> watched;
     ConsoleHarness* h = nullptr;
 };
-
-QByteArray PtyLinkTest::command(const QByteArray& line)
-{
-    sim.write(line + '\n');
-    (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kSlowMs);
-    return sim.readLine().trimmed();
-}
-
-// Frames on the line are recorded from whichever port the link holds now.
-void PtyLinkTest::watchPort()
-{
-    if (watched == Link().port())
-        return;
-    watched = Link().port();
-    connect(watched, &CommPort::written, this, [this](const QByteArray& f) { sent.append({clock.elapsed(), f}); });
-}
-
-void PtyLinkTest::login(int comboIndex)
-{
-    auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
-    plc->ComboPlc->setCurrentIndex(comboIndex);
-    plc->txtPassword->setText(QStringLiteral("48213"));
-    plc->cmdOk();
-}
-
-void PtyLinkTest::initTestCase()
-{
-    RegisterForms();
-    h = new ConsoleHarness;
-    SetPortFactory({});  // the real serial port, by the mapping of the application folder
-    linkPath = h->path(QStringLiteral("ttyPLC"));
-    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    sim.start(QStringLiteral(PLCSIM_EXE),
-              {QStringLiteral("--control-stdin"), QStringLiteral("--no-live"), QStringLiteral("--link"), linkPath});
-    QVERIFY(sim.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kSlowMs);
-    const QString device = QString::fromLocal8Bit(sim.readLine()).trimmed();
-    QVERIFY(device.startsWith(QLatin1String("/dev/pts/")));
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(linkPath).isSymLink(), kSlowMs);
-    QDir().mkpath(h->path(QStringLiteral("Data")));
-    QVERIFY(TextFile::writeLines(h->path(QStringLiteral("Data/ComPorts.ini")),
-                                 {QStringLiteral("[ComPorts]"), QStringLiteral("Com2=") + linkPath,
-                                  QStringLiteral("Com3=") + h->path(QStringLiteral("no-such-device"))}));
-
-    MbAnswerer mb;
-    auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
-    QVERIFY(plc->load());
-    plc->show();
-    QCOMPARE(plc->ComboPlc->currentText(), QStringLiteral("Com2"));
-    login(1);
-    QVERIFY2(mb.texts.isEmpty(), qPrintable(mb.texts.join(QLatin1Char('|'))));
-    QVERIFY(Link().portOpen());
-    QCOMPARE(Link().port()->deviceName(), linkPath);
-    watchPort();
-}
-
-void PtyLinkTest::cleanupTestCase()
-{
-    delete h;
-    if (sim.state() != QProcess::NotRunning) {
-        sim.write("quit\n");
-        if (!sim.waitForFinished(kSlowMs))
-            sim.kill();
-    }
-}
-
-void PtyLinkTest::loginAndReadAnswered()
-{
-    QCOMPARE(command("set D11 1234"), QByteArray("ok"));
-    QCOMPARE(command("set D42 -5"), QByteArray("ok"));
-    sent.clear();
-    clock.start();
-    const int arrivals = Link().port()->arrivals();
-    readLiveBlock();
-    QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
-    QCOMPARE(Link().TxtR[0], QStringLiteral("1234"));
-    QCOMPARE(Link().TxtR[31], QStringLiteral("-5"));
-    QCOMPARE(sent.size(), 1);
-    QCOMPARE(sent[0].second, QByteArray("\x02" "0101640\x03" "5F"));
-    QVERIFY(!Link().Timer2.isActive());
-    QCOMPARE(int(Link().RetryCount), 0);
-    // The 132 characters come one by one at the line's pace; the port is read when they can all be there.
-    const int reads = Link().port()->arrivals() - arrivals;
-    QVERIFY2(reads <= 4, qPrintable(QString::number(reads)));
-}
-
-void PtyLinkTest::spoiltReplies_data()
-{
-    QTest::addColumn<QByteArray>("fault");
-    QTest::addColumn<bool>("byTheClock");  // re-sent by Timer2 rather than at once
-    QTest::newRow("dropped reply") << QByteArray("fault noreply 1") << true;
-    QTest::newRow("garbled reply") << QByteArray("fault garbage 1") << false;
-    QTest::newRow("NAK, shorter than the threshold of a read") << QByteArray("fault nak 1") << true;
-    QTest::newRow("late reply") << QByteArray("fault late 1") << true;
-}
-
-void PtyLinkTest::spoiltReplies()
-{
-    QFETCH(QByteArray, fault);
-    QFETCH(bool, byTheClock);
-    LiveReadDone = false;
-    QCOMPARE(command("late 1500"), QByteArray("ok"));
-    QCOMPARE(command(fault), QByteArray("ok"));
-    sent.clear();
-    clock.start();
-    readLiveBlock();
-    QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
-    QCOMPARE(sent.size(), 2);
-    QCOMPARE(sent[1].second, sent[0].second);
-    // The reply time-out is one second; a spoilt reply is answered before it runs out.
-    const qint64 gap = sent[1].first - sent[0].first;
-    if (byTheClock)
-        QVERIFY2(gap >= 700 && gap <= 2500, qPrintable(QString::number(gap)));
-    else
-        QVERIFY2(gap < 700, qPrintable(QString::number(gap)));
-    QCOMPARE(Link().TxtR[0], QStringLiteral("1234"));
-    QCOMPARE(int(Link().RetryCount), 0);
-}
-
-// The option word of the scale comes late, after its re-send has been answered and the chain has moved
-// on to the zero tracking word, a read of the same length.
-void PtyLinkTest::lateWordIsNotTakenForTheNextRead()
-{
-    for (const char* bit : {"S496", "S501", "S505", "S508", "S608", "S612"})  // S612 on: tracking off
-        QCOMPARE(command(QByteArray("set ") + bit + " 1"), QByteArray("ok"));
-    QCOMPARE(command("late 1500"), QByteArray("ok"));
-    QCOMPARE(command("fault late 1"), QByteArray("ok"));
-    ScaleNo = 0;
-    ScaleTitle = ScaleName[0];
-    const ScaleDevices& d = kScaleDevices[0];
-    CalZeroDevice = QLatin1String(d.zero);
-    CalSpanDevice = QLatin1String(d.span);
-    CalWeightDevice = QLatin1String(d.weight);
-    OptionDevice = QLatin1String(d.option);
-    sent.clear();
-    clock.start();
-    Forms::show(QStringLiteral("YIBiao"));
-    QWidget* f = Forms::loaded(QStringLiteral("YIBiao"));
-    QVERIFY(f);
-    // Until the late word has come and gone.
-    QTRY_VERIFY_WITH_TIMEOUT(clock.elapsed() > 2500 && SendFlag && !Link().Timer2.isActive(), kSlowMs);
-    const QByteArray optionRead = Frame(QStringLiteral("0003E02")).toLatin1();
-    const QByteArray trackingRead = Frame(QStringLiteral("0004C02")).toLatin1();
-    QList<QByteArray> frames;
-    for (const auto& s : sent)
-        frames << s.second;
-    QCOMPARE(frames, (QList<QByteArray>{optionRead, optionRead, trackingRead}));
-    QVERIFY(Ctl<QCheckBox>(f, QStringLiteral("Check2(0)"))->isChecked());
-    QVERIFY(!Ctl<QCheckBox>(f, QStringLiteral("Check2(1)"))->isChecked());
-
-    // Tracking on: S612 cleared, S608 of the same word written back as it was read.
-    sent.clear();
-    Ctl<QCheckBox>(f, QStringLiteral("Check2(1)"))->click();
-    QTRY_VERIFY_WITH_TIMEOUT(SendFlag && !Link().Timer2.isActive(), kSlowMs);
-    QCOMPARE(sent.value(0).second, WriteFrame("004C", "0100").toLatin1());
-    QCOMPARE(command("get S612"), QByteArray("ok 0"));
-    QCOMPARE(command("get S608"), QByteArray("ok 1"));
-    Forms::unload(QStringLiteral("YIBiao"));
-    StepNo = 444;
-}
-
-void PtyLinkTest::cutLineEndsInTheFaultDialog()
-{
-    MbAnswerer mb;
-    QCOMPARE(command("unplug"), QByteArray("ok"));
-    sent.clear();
-    clock.start();
-    readLiveBlock();
-    QTRY_VERIFY_WITH_TIMEOUT(!mb.texts.isEmpty(), kSlowMs);
-    const qint64 shown = clock.elapsed();
-    QCOMPARE(mb.texts.size(), 1);
-    QCOMPARE(sent.size(), 9);  // the request and eight re-sends
-    // Each re-send about a second after the send before it, and the fault a second after the last.
-    for (qsizetype i = 1; i < sent.size(); ++i) {
-        QCOMPARE(sent[i].second, sent[0].second);
-        const qint64 gap = sent[i].first - sent[i - 1].first;
-        QVERIFY2(gap >= 700 && gap <= 2500, qPrintable(QStringLiteral("re-send %1 after %2 ms").arg(i).arg(gap)));
-    }
-    const qint64 last = shown - sent.last().first;
-    QVERIFY2(last >= 700 && last <= 2500, qPrintable(QStringLiteral("fault %1 ms after the last send").arg(last)));
-    QVERIFY(mb.texts[0].contains(QStringLiteral("端口:Com2,")));
-    QCOMPARE(mb.errorIcons, QList<bool>{true});
-    QCOMPARE(int(StepNo), 444);
-    QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
-
-    // The operator goes on: the line comes back and the next request is answered.
-    QCOMPARE(command("plug"), QByteArray("ok"));
-    LiveReadDone = false;
-    readLiveBlock();
-    QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
-}
-
-// The operator is told in the terms of the design; the error log keeps the port's own number and words.
-void PtyLinkTest::portOpenErrorsLogged_data()
-{
-    QTest::addColumn<int>("combo");
-    QTest::addColumn<bool>("heldElsewhere");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("logged");
-    QTest::newRow("no such device") << 2 << false << "Com3端口无效!请重新设置端口！"
-                                    << "ErrNumber:1----No such file or directory";
-    QTest::newRow("held by another program") << 1 << true << "Com2端口已被其它程序占用!请重新设置端口！"
-                                             << "ErrNumber:2----";
-}
-
-void PtyLinkTest::portOpenErrorsLogged()
-{
-    QFETCH(int, combo);
-    QFETCH(bool, heldElsewhere);
-    QFETCH(QString, text);
-    QFETCH(QString, logged);
-    MbAnswerer mb;
-    Link().closePort();
-    QSerialPort other(linkPath);
-    if (heldElsewhere)
-        QVERIFY(other.open(QIODevice::ReadWrite));
-    login(combo);
-    QCOMPARE(mb.texts, QStringList{text});
-    QVERIFY(!Link().portOpen());
-    const QString log = errorLog();
-    const qsizetype at = log.indexOf(logged);
-    QVERIFY2(at >= 0, qPrintable(log));
-    QVERIFY2(log.mid(at).section(QLatin1Char('\n'), 1, 2).contains(QLatin1String("ErrForm:PLC\r\nErrSub:cmdOk")),
-             qPrintable(log));
-    QVERIFY(!log.contains(text));
-    other.close();
-
-    login(1);
-    QCOMPARE(mb.texts.size(), 1);
-    QVERIFY(Link().portOpen());
-    watchPort();
-}
-
-// A console that ended without setting the line back leaves the pseudo-terminal as the port left it:
-// the next start opens it all the same, and the setting it cannot hold is logged once for the run.
-void PtyLinkTest::secondStartOnTheSameLine()
-{
-    MbAnswerer mb;
-    for (int start = 1; start <= 2; ++start) {
-        Link().closePort();
-        leaveLineAsARawPortDoes(linkPath);
-        login(1);
-        QVERIFY2(mb.texts.isEmpty(), qPrintable(mb.texts.join(QLatin1Char('|'))));
-        QVERIFY(Link().portOpen());
-        watchPort();
-        LiveReadDone = false;
-        readLiveBlock();
-        QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
-    }
-    QCOMPARE(errorLog().count(QStringLiteral("9600,e,7,1")), 1);
-}
-
-// The far end goes away (a USB adapter pulled): one report, then the console rests; the same path
-// comes back and the next request opens it again.
-void PtyLinkTest::adapterPulledAndPluggedIn()
-{
-    {
-        MbAnswerer mb;
-        QCOMPARE(command("hangup"), QByteArray("ok"));
-        sent.clear();
-        clock.start();
-        readLiveBlock();
-        QTRY_COMPARE_WITH_TIMEOUT(mb.texts.size(), 1, kSlowMs);
-        QCOMPARE(sent.size(), 9);
-        QVERIFY(mb.texts[0].contains(QStringLiteral("端口:Com2,")));
-    }
-    const QString log = errorLog();
-    QCOMPARE(log.count(QStringLiteral("ErrSub:MSComm1_OnComm")), 1);
-    QVERIFY2(log.contains(linkPath + QStringLiteral(": ")), qPrintable(log));
-
-    // The dialog is gone and nothing is asked of the link: the program must rest.
-    const double before = cpuSeconds();
-    QElapsedTimer idle;
-    idle.start();
-    QTest::qWait(2000);
-    const double share = (cpuSeconds() - before) / (double(idle.elapsed()) / 1000.0);
-    qInfo("processor share at rest after the pull: %.1f %%", share * 100);
-    QVERIFY2(share < 0.05, qPrintable(QString::number(share)));
-
-    MbAnswerer mb;
-    QVERIFY(command("reopen").startsWith("ok /dev/pts/"));
-    QCOMPARE(command("set D11 4321"), QByteArray("ok"));
-    LiveReadDone = false;
-    readLiveBlock();
-    QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
-    QCOMPARE(Link().TxtR[0], QStringLiteral("4321"));
-    QVERIFY(mb.texts.isEmpty());
-}
 
 QTEST_MAIN(PtyLinkTest)
 #include "pty_link_test.moc"

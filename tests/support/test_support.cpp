@@ -8,6 +8,7 @@
 #include "common/text_file.h"
 #include "common/form_access.h"
 #include "link/link_engine.h"
+#include "link/register_map.h"
 #include "plcsim/sim_port.h"
 #include "shell/single_instance.h"
 
@@ -92,6 +93,18 @@ QStringList ConsoleHarness::takeFrames()
     return out;
 }
 
+void UseScaleDevices(int scale)
+{
+    const ScaleDevices& d = kScaleDevices[size_t(scale)];
+    ScaleNo = short(scale);
+    ScaleTitle = ScaleCaption = ScaleName[size_t(scale)];
+    CalZeroDevice = QLatin1String(d.zero);
+    CalSpanDevice = QLatin1String(d.span);
+    CalWeightDevice = QLatin1String(d.weight);
+    OptionDevice = QLatin1String(d.option);
+    ParamDevice = QLatin1String(d.param);
+}
+
 MbAnswerer::MbAnswerer(QObject* parent) : QObject(parent)
 {
     timer_.setInterval(5);
@@ -147,6 +160,13 @@ QByteArray rawBytes(const QString& path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+QString ErrorLogText()
+{
+    QString text;
+    TextFile::read(ErrorLogPath(QDate::currentDate()), &text);
+    return text;
 }
 
 QByteArray GbLines(const QStringList& lines)

@@ -28,6 +28,9 @@ struct ConsoleHarness {
     QStringList takeFrames();
 };
 
+// The scale's devices, number and title, as the menu sets them before it opens the scale's forms.
+void UseScaleDevices(int scale);
+
 // Answers each box as it appears: the queued answers in order (true = OK/Yes, false = No), then OK/Yes.
 class MbAnswerer : public QObject {
     Q_OBJECT
@@ -53,6 +56,8 @@ QString WriteFrame(const char* at, const char* data);
 QString WordsHex(const QList<int>& words);
 // A file's bytes; empty when it cannot be read.
 QByteArray rawBytes(const QString& path);
+// Today's error log as text.
+QString ErrorLogText();
 // The bytes of a text file the stations share: lines ended by CRLF, in their code page.
 QByteArray GbLines(const QStringList& lines);
 
