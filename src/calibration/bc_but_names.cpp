@@ -25,15 +25,6 @@ constexpr BinCaption kBinCaptions[22] = {
     {8, 3},  {8, 4},  {9, 1},  {9, 2}, {9, 3},  {10, 1}, {10, 2}, {11, 0}, {12, 0}, {13, 0}, {-1, 0},
 };
 
-void okBox(const QString& text, bool error)
-{
-    MbText = text;
-    MbIsOk = true;
-    MbIsError = error;
-    ShowMbQuestion();
-    MbResult = false;
-}
-
 bool yesNo(const QString& text)
 {
     MbText = text;
@@ -122,7 +113,7 @@ void BcBut::setScaleNames()
 {
     for (size_t i = 0; i < TxtDCansd.size(); ++i) {
         if (LblCansd[i]->isEnabled() && Trim(TxtDCansd[i]->text()).isEmpty()) {
-            okBox(text("BCBUT037", "电子秤名称不能为空!"), true);
+            ShowOkBox(text("BCBUT037", "电子秤名称不能为空!"), true);
             TxtDCansd[i]->setFocus();
             return;
         }
@@ -136,7 +127,7 @@ void BcBut::setScaleNames()
         WriteCNameSepIni();
         BackupCNameIni();
     }
-    okBox(text("BCBUT040", "电子秤名称设定已成功完成!"), false);
+    ShowOkBox(text("BCBUT040", "电子秤名称设定已成功完成!"), false);
     rebuildNameCaptions();
     networkCopy();
     if (firstNaming_) {
@@ -150,7 +141,7 @@ void BcBut::setBinNames()
 {
     for (size_t i = 0; i < TxtDCansdName.size(); ++i) {
         if (LblCansdName[i]->isEnabled() && Trim(TxtDCansdName[i]->text()).isEmpty()) {
-            okBox(text("BCBUT041", "料仓名称不能为空!"), true);
+            ShowOkBox(text("BCBUT041", "料仓名称不能为空!"), true);
             TxtDCansdName[i]->setFocus();
             return;
         }
@@ -159,7 +150,7 @@ void BcBut::setBinNames()
                text("BCBUT039", "注意:设定之前必须主从机都要开机且网络连接正常,否则不能同步更改的数据!")))
         return;
     WriteCNameSepIni();
-    okBox(text("BCBUT043", "料仓名称设定已成功完成!"), false);
+    ShowOkBox(text("BCBUT043", "料仓名称设定已成功完成!"), false);
     networkCopy();
 }
 
@@ -185,11 +176,11 @@ void BcBut::networkCopy()
 {
     const NetCopyResult r = CopyCNameToNetwork();
     if (r.outcome == NetCopy::NoPath)
-        okBox(QStringLiteral("网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"), true);
+        ShowOkBox(QStringLiteral("网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"), true);
     else if (r.outcome == NetCopy::Failed && r.error.number == 52)
-        okBox(QStringLiteral("网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
+        ShowOkBox(QStringLiteral("网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
     else if (r.outcome == NetCopy::Failed)
-        okBox(QString::number(r.error.number) + QLatin1Char(':') + r.error.description, true);
+        ShowOkBox(QString::number(r.error.number) + QLatin1Char(':') + r.error.description, true);
 }
 
 void BcBut::restoreFactoryNames()
@@ -198,12 +189,12 @@ void BcBut::restoreFactoryNames()
         return;
     const Restore r = RestoreCNameFromSpool();
     if (r != Restore::Done) {
-        okBox(QStringLiteral("恢复出厂设定失败!"), true);
+        ShowOkBox(QStringLiteral("恢复出厂设定失败!"), true);
         if (r == Restore::CopyFailed)
             BackupCNameIni();
         return;
     }
-    okBox(text("BCBUT045", "恢复出厂设定已成功完成!"), false);
+    ShowOkBox(text("BCBUT045", "恢复出厂设定已成功完成!"), false);
     LoadCNameIni();
     LoadZDTimeIni();
     fillNameBoxes();

@@ -94,6 +94,15 @@ void MbQuestion::layoutAndPlace()
 
 MbQuestion* MbQuestion::showing() { return gShowing.data(); }
 
+void ShowOkBox(const QString& text, bool error)
+{
+    MbText = text;
+    MbIsOk = true;
+    MbIsError = error;
+    ShowMbQuestion();
+    MbResult = false;
+}
+
 void ShowMbQuestion()
 {
     MbQuestion box;

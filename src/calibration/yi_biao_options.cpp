@@ -92,11 +92,6 @@ void YIBiao::writeSwitchWord(bool tracking)
     if (word.size() == 2 && word != reported) {
         // The read did not arrive: the link's fault text, once for a given word.
         reported = word;
-        okBox(ComText(QStringLiteral("COM016"), QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM017"), QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM018"), QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
-                  ComText(QStringLiteral("COM019"), QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
-                  QString::number(PortNo) + QLatin1Char(',') + ComText(QStringLiteral("COM020"), QStringLiteral("且接触良好。")),
-              true);
+        ShowLinkFaultBox();
     }
 }

@@ -248,7 +248,7 @@ void YIBiao::tabClicked(int index)
         ReadOptions();
     } else {
         if (!current_ && !(Check2[0]->isChecked() && !Check2[1]->isChecked())) {
-            okBox(text("YIBIAO011", "调校之前,零位跟踪功能需关闭,全部调校完成之后再开启!"), false);
+            ShowOkBox(text("YIBIAO011", "调校之前,零位跟踪功能需关闭,全部调校完成之后再开启!"), false);
             return;
         }
         StartLivePolling();
@@ -277,7 +277,7 @@ bool YIBiao::spanEntryValid()
         PrepareEntry();
         return true;
     }
-    okBox(text("YIBIAO017", "请检查!当前砝码重量的输入范围为:") + QStringLiteral("(1-300") + zeros + QStringLiteral(")Kg"),
+    ShowOkBox(text("YIBIAO017", "请检查!当前砝码重量的输入范围为:") + QStringLiteral("(1-300") + zeros + QStringLiteral(")Kg"),
           false);
     TxtFmzL->setFocus();
     return false;

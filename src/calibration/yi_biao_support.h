@@ -46,13 +46,5 @@ inline void askBox(const QString& text)
     ShowMbQuestion();
 }
 
-inline void okBox(const QString& text, bool error)
-{
-    MbText = text;
-    MbIsOk = true;
-    MbIsError = error;
-    ShowMbQuestion();
-    MbResult = false;
-}
 
 }  // namespace calform

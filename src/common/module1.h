@@ -64,6 +64,8 @@ inline QString MbText;
 inline bool MbIsOk = true, MbIsError = false, MbResult = false;
 // Shows MbQuestion modally with the globals above; returns when it is unloaded.
 void ShowMbQuestion();
+// The box with OK alone; its answer means nothing, so MbResult is cleared afterwards.
+void ShowOkBox(const QString& text, bool error);
 void UnloadMbQuestion();  // unloads the box if it is showing
 
 // Ends the program after the main form's exit path: forms unloaded, event loop left. Tests replace it.

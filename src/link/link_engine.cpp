@@ -272,18 +272,20 @@ void LinkEngine::RetryRequest()
     StepNo = 444;
     if (port_)
         port_->setThreshold(0);
-    MbText = ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
-             ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
-             ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
-             ComText("COM019", QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
-             QString::number(PortNo) + QLatin1Char(',') + ComText("COM020", QStringLiteral("且接触良好。"));
-    MbIsOk = true;
-    MbIsError = true;
-    ShowMbQuestion();
-    MbResult = false;
+    ShowLinkFaultBox();
     // Keeps the option chain of the parameter editor from staying pending.
     if (StepNo == 11)
         OptionDone = true;
+}
+
+void ShowLinkFaultBox()
+{
+    ShowOkBox(ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
+                  ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
+                  ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
+                  ComText("COM019", QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
+                  QString::number(PortNo) + QLatin1Char(',') + ComText("COM020", QStringLiteral("且接触良好。")),
+              true);
 }
 
 QString LinkEngine::GetWrite_PLCD(const QString& device, short count)

@@ -83,5 +83,7 @@ LinkEngine& Link();
 
 // The routines forms call, forwarded to the one engine.
 void send_recieve(const QString& frame);
+// The link's fault text naming the port, in the own message box with OK alone.
+void ShowLinkFaultBox();
 QString GetWrite_PLCD(const QString& device, short count);
 QString GetWrite_TSCMXY(const QString& device, const QString& data, short digits);
