@@ -15,6 +15,7 @@ xauth
 fonts-wqy-microhei
 clang
 libclang-rt-14-dev
+llvm-14
 "
 
 # True when dpkg holds the package, or some installed package provides that name.
