@@ -9,8 +9,12 @@
 //   whole) and `mask` (bit groups).
 // - shown/toRaw are generic, Block::shown and Block::toRaw here, not in ParamBlock.
 // - BlockFault has `rule`, which tells the plant times' last guard from their own range.
-// - ParamBlock::optionLayout gives "scaleNN.options"; Blocks::all/defaults/check (plant_blocks.h) cover
-//   every block by its id.
+// - ParamBlock::optionLayout gives "scaleNN.options"; PlantBlocks::layout(id) one plant block;
+//   Blocks::all/defaults/check (plant_blocks.h) cover every block by its id.
+// - PlantBlocks::check leaves out the words whose `written` is false: D272's words 19 to 27 (D291 to
+//   D299) and the hoist's counts go back as the controller holds them, so their file value is not judged.
+// - Below the "what the forms take from here" lines stand the helpers the forms call; the settings
+//   command needs only the functions above them.
 #include <QList>
 #include <QString>
 
@@ -29,10 +33,10 @@ struct BlockField {
 };
 
 struct BlockLayout {
-    QString id;       // "scale03.params", "scale03.options", "S612", "S500", "D215", "D272", "D200", "D291"
-    QString title;    // for people: the scale's name, the form's title
-    QString device;   // first device as the forms use it: "D345", "S524", "D291"
-    int words = 0;    // 16-bit words the form's frames move: a bit group is one word (two bytes)
+    QString id;      // "scale03.params", "scale03.options", "S612", "S500", "D215", "D272", "D200", "D291"
+    QString title;   // for people: the scale's name, the form's title
+    QString device;  // first device as the forms use it: "D345", "S524", "D291"
+    int words = 0;   // 16-bit words the form's frames move: a bit group is one word (two bytes)
     QList<BlockField> fields;
 };
 

@@ -34,7 +34,8 @@ BlockLayout optionLayout(int scaleNo);
 // Raw words of the kind's defaults, as "初始化参数" writes them; the option word: every bit 0.
 QList<int> defaults(int scaleNo);
 QList<int> optionDefaults(int scaleNo);
-// Ranges in box order, then the relations, with the messages of the form's check.
+// Ranges in box order, then the relations, with the messages of the form's check. A list that is not
+// fifteen words long is a fault at the first missing or extra word.
 BlockFault check(int scaleNo, const QList<int>& raw);
 
 // ---- what the editor form takes from here ----
@@ -43,6 +44,8 @@ BlockFault check(int scaleNo, const QList<int>& raw);
 bool rowShown(int scaleNo, int k);
 // Caption of box k on the scale, once the form has named the materials.
 QString caption(int scaleNo, int k);
+// The row of the metering column box k (10 to 14) takes on the scale; 0 where it keeps its place.
+int screenRow(int scaleNo, int k);
 // Display pattern and register decimals of box k.
 QString rowFormat(int scaleNo, int k);
 int rowDecimals(int scaleNo, int k);

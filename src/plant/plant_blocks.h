@@ -29,6 +29,20 @@ QString rangeText(const QString& id, int field);
 // D272: whether the field belongs to a vibrator in use (a named scale with ScaleVibrator 1); fields 26 and
 // 27 belong to none and always count. D200: whether the scale has a name. Other blocks: always.
 bool fieldInUse(const QString& id, int field);
+
+// The vibrators of D272: the scale each belongs to and its first and last field. Fields 26 and 27 belong
+// to none.
+struct VibratorGroup {
+    int scale;
+    int first;
+    int last;
+};
+inline constexpr VibratorGroup kVibratorGroups[8] = {{2, 0, 3},   {3, 4, 7},   {4, 8, 11},  {5, 12, 15},
+                                                     {6, 16, 19}, {8, 20, 21}, {9, 22, 23}, {10, 24, 25}};
+// The title of a vibrator's group: the scale's name and "振动器", or "备用振动器" when it is not in use.
+QString vibratorTitle(int scale);
+// The caption of a field of D272 beside its box: "计量振动间歇时间", "间歇时间"...
+QString vibratorCaption(int field);
 }  // namespace PlantBlocks
 
 // Every block the console edits, in the order of a saved file: for each scale 0..13 its parameters and
