@@ -1,11 +1,36 @@
 #!/bin/sh
 # Tries the package as an operator would, in a fresh Debian 12 made by debootstrap: install, log in as
 # an unprivileged member of the operators' group against the installed simulator, change the language,
-# end the session, then upgrade, remove and purge, checking what stays. Needs root and the Debian mirror.
-# usage: packaging/try-in-chroot.sh ROOT OLD.deb NEW.deb
+# end the session, then upgrade, remove and purge, checking what stays. Needs root and a Debian 12
+# mirror: the one given, else the one this machine's own apt sources name for bookworm.
+# usage: packaging/try-in-chroot.sh ROOT OLD.deb NEW.deb [MIRROR]
 set -eu
 root=$1 old=$(realpath "$2") new=$(realpath "$3")
-[ -d "$root/etc" ] || debootstrap --variant=minbase bookworm "$root" http://deb.debian.org/debian
+
+# The first bookworm source of this machine, from one-line lists ("deb [options] URI SUITE ...") or
+# from stanzas of .sources files ("URIs:", "Suites:").
+mirror_of_this_machine() {
+    for f in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+        [ -r "$f" ] || continue
+        awk '$1 == "deb" { sub(/^[ \t]*deb[ \t]+(\[[^]]*\][ \t]+)?/, ""); if ($2 == "bookworm") { print $1; exit } }' "$f"
+    done
+    for f in /etc/apt/sources.list.d/*.sources; do
+        [ -r "$f" ] || continue
+        awk 'function end() { if (deb && suite && uri != "") { print uri; found = 1; exit } deb = suite = 0; uri = "" }
+             /^[ \t]*#/ { next }
+             /^[ \t]*$/ { end(); next }
+             $1 == "Types:" { for (i = 2; i <= NF; i++) if ($i == "deb") deb = 1 }
+             $1 == "URIs:" { uri = $2 }
+             $1 == "Suites:" { for (i = 2; i <= NF; i++) if ($i == "bookworm") suite = 1 }
+             END { if (!found) end() }' "$f"
+    done
+}
+mirror=${4:-$(mirror_of_this_machine | head -n 1)}
+if [ -z "$mirror" ]; then
+    echo "No bookworm source in this machine's apt sources: give the mirror as the fourth argument." >&2
+    exit 2
+fi
+[ -d "$root/etc" ] || debootstrap --variant=minbase bookworm "$root" "$mirror"
 mountpoint -q "$root/proc" || mount -t proc proc "$root/proc"
 mountpoint -q "$root/dev" || mount --bind /dev "$root/dev"
 mountpoint -q "$root/dev/pts" || mount --bind /dev/pts "$root/dev/pts"

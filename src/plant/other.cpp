@@ -396,17 +396,14 @@ void Other::optionClicked(QCheckBox* box)
     QCheckBox* partner = box == p.one ? p.zero : p.one;
     QStringList& bits = p.belt ? BeltBit : OptionBit;
     // The pair is a two-way switch: never both ticked, never both empty.
-    if (box->isChecked()) {
-        partner->setChecked(false);
-        bits[p.bit] = box == p.one ? QStringLiteral("1") : QStringLiteral("0");
-        if (box == Check1[2] || box == Check1[3])
-            EnableBellTimes(box == Check1[3]);
-        if (box == Check1[8] || box == Check1[9])
-            EnableMonitorTime(box == Check1[9]);
-    } else {
-        partner->setChecked(true);
-        bits[p.bit] = partner == p.one ? QStringLiteral("1") : QStringLiteral("0");
-    }
+    QCheckBox* ticked = box->isChecked() ? box : partner;
+    partner->setChecked(ticked == partner);
+    bits[p.bit] = ticked == p.one ? QStringLiteral("1") : QStringLiteral("0");
+    // The box left ticked decides, also when the operator unticked its partner: the times follow the mode.
+    if (ticked == Check1[2] || ticked == Check1[3])
+        EnableBellTimes(ticked == Check1[3]);
+    if (ticked == Check1[8] || ticked == Check1[9])
+        EnableMonitorTime(ticked == Check1[9]);
     // The neighbours' digits go back as they were read: the slot itself is not updated by a write.
     QLineEdit* slot = p.belt ? TxtSReadPPd : TxtSRead;
     WriteData = nibble(bits, 0) + Mid(Trim(slot->text()), 2, 2) + nibble(bits, 4);

@@ -212,8 +212,11 @@ void YiBiaoAdvance::buildParamPage()
                               text("YIBIAOADVA046", "下降提前减速脉冲数:斗提在下降过程中,当前脉冲数≤下降提前减速脉冲数时,"
                                                     "斗提开始减速.[关闭]"));
     });
-    LbLCssdS = addLabel(QStringLiteral("LbLCssdS"), QString(), {20, 292, 600, 30}, p);
+    // On the form, beside the buttons, not on the panel: the outcome of a set reaches the operator on
+    // either tab.
+    LbLCssdS = addLabel(QStringLiteral("LbLCssdS"), QString(), {20, kPageTop + kPageSize.height() + 14, 340, 34});
     LbLCssdS->setStyleSheet(QStringLiteral("font-weight: bold;"));
+    LbLCssdS->setWordWrap(true);
     LbLCssdS->hide();
 }
 
@@ -367,7 +370,9 @@ void YiBiaoAdvance::SendHoistCmd()
     Link().Timer1.stop();
     HoistPollOn = false;
     HoistCmdPending = true;
-    Link().Timer3.start();
+    // A second Yes within the second does not put off the command already waiting.
+    if (!Link().Timer3.isActive())
+        Link().Timer3.start();
     BcResultShown = false;
 }
 

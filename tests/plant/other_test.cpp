@@ -99,6 +99,7 @@ private slots:
         QCOMPARE(TextColor(f->LblTzxxTip), QColor(0, 0x80, 0));
         QCOMPARE(h->takeFrames(), QStringList{frame});
         QCOMPARE(check(click)->isChecked(), !wasTicked);
+        QCOMPARE(box(0)->isEnabled(), check("Check1(3)")->isChecked());  // also when the ticked box was clicked
         QVERIFY(mb->texts.isEmpty());
     }
 

@@ -69,11 +69,13 @@ private slots:
         QTest::addColumn<bool>("yes");
         QTest::addColumn<QStringList>("frames");  // from the tick of Timer3 on
         QTest::addColumn<bool>("tripRuns");
-        QTest::newRow("start") << "lblBdStart" << true
-                               << QStringList{WriteFrame("001A", "2000"), WriteFrame("001A", "0000"), kPoll} << true;
-        QTest::newRow("start answered No") << "lblBdStart" << false << QStringList() << false;
+        QTest::addColumn<int>("asks");  // the second within the first's second
+        const QStringList start{WriteFrame("001A", "2000"), WriteFrame("001A", "0000"), kPoll};
+        QTest::newRow("start") << "lblBdStart" << true << start << true << 1;
+        QTest::newRow("start answered No") << "lblBdStart" << false << QStringList() << false << 1;
         QTest::newRow("cancel") << "lblBdCancel" << true
-                                << QStringList{WriteFrame("001A", "4000"), WriteFrame("001A", "0000"), kPoll} << false;
+                                << QStringList{WriteFrame("001A", "4000"), WriteFrame("001A", "0000"), kPoll} << false << 1;
+        QTest::newRow("start asked twice, sent once") << "lblBdStart" << true << start << true << 2;
     }
     void command()
     {
@@ -81,6 +83,7 @@ private slots:
         QFETCH(bool, yes);
         QFETCH(QStringList, frames);
         QFETCH(bool, tripRuns);
+        QFETCH(int, asks);
         h->sim.setHoistTrip(1000, 1);
         if (button == QLatin1String("lblBdCancel"))  // a trip under way
             h->sim.handleFrame(WriteFrame("001A", "2000").toLatin1());
@@ -88,13 +91,19 @@ private slots:
         QVERIFY(open());
         ClickOn(Ctl(f, QStringLiteral("LblBd(1)")));
         WaitIdle();
-        mb->queue(yes);
         QElapsedTimer sinceClick;
         sinceClick.start();
-        ClickOn(Ctl(f, button));
-        QCOMPARE(mb->texts, QStringList{kAsk});
+        for (int a = 0; a < asks; ++a) {
+            if (a > 0)
+                QTRY_VERIFY(Link().Timer3.remainingTime() < 800);
+            mb->queue(yes);
+            ClickOn(Ctl(f, button));
+        }
+        QCOMPARE(mb->texts, QStringList(asks, kAsk));
         QCOMPARE(Link().Timer1.isActive(), !yes);  // No: the poll goes on
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, yes ? 1000 : 0);
+        if (asks > 1)  // the countdown of the first goes on
+            QVERIFY(Link().Timer3.remainingTime() < 900);
         WaitIdle();
         h->takeFrames();  // the read that was in flight
         QStringList seen;
@@ -197,6 +206,10 @@ private slots:
             QTRY_COMPARE(f->LbLCssdS->text(), QStringLiteral("参数设定成功!"));
             QCOMPARE(TextColor(f->LbLCssdS), QColor(0, 0x80, 0));
             QCOMPARE(h->sim.word(295), short(f->txtPulseNum[1]->text().toInt()));
+            // A set answered while the calibration tab is up is seen there as well.
+            ClickOn(Ctl(f, QStringLiteral("LblBd(1)")));
+            f->WriteDecel();
+            QTRY_COMPARE(f->LbLCssdS->isVisible() ? Status(f->LbLCssdS) : QString(), QStringLiteral("参数设定成功!/#008000"));
         }
     }
 
