@@ -37,6 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     FUZZ_CHECK(TextFile::writeLines(path, clean));
     QByteArray written;
     FUZZ_CHECK(TextFile::readBytes(path, &written));
+    // GB18030 text that begins with "锘" and a character whose first byte is BF begins with the bytes of a
+    // UTF-8 mark, and is read as UTF-8 afterwards: the one text a rule of marks alone cannot carry.
+    if (layout.bomLength == 0 && written.startsWith("\xEF\xBB\xBF")) return 0;
     const TextFile::Layout after = TextFile::detect(written);
     FUZZ_CHECK(after.encoding == layout.encoding && after.bomLength == layout.bomLength);
     QStringList back;

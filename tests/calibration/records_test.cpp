@@ -162,6 +162,47 @@ private slots:
                  QStringList{name + "|2026/3/5 14:03:22|" + op + "|标零|3000|0|0"});
     }
 
+    // A record or the save on exit that the file system refuses leaves the file as it was and a line in the
+    // log with the system's reason and the path; the calibration itself stands.
+    void refusedWritesAreLogged_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("routine");
+        QTest::newRow("monthly file") << "Data/20263BiaoCen.txt" << "AppendZeroRecord";
+        QTest::newRow("hidden copy") << "drive_c/Program Files/MswSpool/20263MswSpool.txt" << "AppendWeightRecord";
+        QTest::newRow("operation list") << "Data/BiaoCeng.txt" << "AppendOpRecord";
+        QTest::newRow("configuration") << "Data/BLZConfig.dat" << "SaveBLZConfig";
+    }
+    void refusedWritesAreLogged()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, routine);
+        CalClock = [] { return QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)); };
+        const QString path = h->path(file);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write("kept\r\n") == 6);
+        f.close();
+        QVERIFY(f.setPermissions(QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        // An operator other than the superuser, whom permissions do not stop, in folders open to him.
+        for (const QString& folder : {h->dir.path(), h->path(QStringLiteral("Data"))})
+            QFile::setPermissions(folder, QFile::Permissions(0x7777));
+        {
+            FilesAsUser nobody(65534, 65534);
+            if (routine == QLatin1String("SaveBLZConfig")) {
+                SaveBLZConfig();
+            } else if (routine == QLatin1String("AppendOpRecord")) {
+                AppendOpRecord("秤", "t", "王", "标零", "1", "2", "3");
+            } else {
+                AppendZeroRecord(0);
+                AppendWeightRecord(0);
+            }
+        }
+        QCOMPARE(rawBytes(path), QByteArray("kept\r\n"));
+        const QString log = ErrorLogText();
+        QVERIFY2(log.contains("ErrNumber:70----Permission denied: " + path + "\r\nErrForm:Module1\r\nErrSub:" + routine), qPrintable(log));
+    }
+
     void longFileReadWhole()
     {
         // About 25 MB: every record must come back, in order, field for field.
