@@ -1,6 +1,7 @@
 #pragma once
 // The calibration gate and the scale menu. Calibration mode: access code, then the menu of scales, names,
 // sensors, hardware initialisation and the record. Parameter mode: the list of scales only.
+#include "common/shared_files.h"
 #include "shell/form_base.h"
 
 #include <QList>
@@ -57,8 +58,8 @@ private:
     void bdOkClicked();
     void setScaleNames();
     void setBinNames();
-    void WriteCNameIni();
-    void WriteCNameSepIni();
+    FileError WriteCNameIni();
+    FileError WriteCNameSepIni();
     void networkCopy();
     void restoreFactoryNames();
     void gateReturnClicked();

@@ -2,6 +2,7 @@
 // first names and the copies for the partner station and the production control system.
 #include "calibration/bc_but.h"
 #include "calibration/cname_files.h"
+#include "common/error_log.h"
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
@@ -32,6 +33,17 @@ bool yesNo(const QString& text)
     MbIsError = false;
     ShowMbQuestion();
     return MbResult;
+}
+
+// A write the file system refused is told and logged with the system's text. The names go back to what the
+// file holds, so that nothing is copied and the calibration values stay under the names on disk.
+bool written(const FileError& e, const char* routine, const QString& failed)
+{
+    if (e.ok())
+        return true;
+    LogProgramError(QStringLiteral("BcBut"), QLatin1String(routine), QString::number(e.number), e.logText());
+    ShowOkBox(failed + QLatin1Char('\n') + e.logText(), true);
+    return false;
 }
 
 QLineEdit* nameBox(QWidget* parent, const QString& name, const QRect& at)
@@ -121,12 +133,23 @@ void BcBut::setScaleNames()
     if (!yesNo(text("BCBUT038", "是否设定当前电子秤名称?") + QLatin1Char('\n') +
                text("BCBUT039", "注意:设定之前必须主从机都要开机且网络连接正常,否则不能同步更改的数据!")))
         return;
-    WriteCNameIni();
+    const auto scales = ScaleName;
+    const auto bins = BinName;
     // The first naming writes the bins too, and its file becomes the factory set in the spool.
-    if (CNameMissing) {
-        WriteCNameSepIni();
-        BackupCNameIni();
+    FileError e = WriteCNameIni();
+    const char* routine = "WriteCNameIni";
+    if (e.ok() && CNameMissing) {
+        e = WriteCNameSepIni();
+        routine = "WriteCNameSepIni";
     }
+    if (!written(e, routine, QStringLiteral("电子秤名称设定失败!"))) {
+        ScaleName = scales;
+        BinName = bins;
+        LoadCNameIni();
+        return;
+    }
+    if (CNameMissing)
+        BackupCNameIni();
     ShowOkBox(text("BCBUT040", "电子秤名称设定已成功完成!"), false);
     rebuildNameCaptions();
     networkCopy();
@@ -149,24 +172,29 @@ void BcBut::setBinNames()
     if (!yesNo(text("BCBUT042", "是否设定当前料仓名称?") + QLatin1Char('\n') +
                text("BCBUT039", "注意:设定之前必须主从机都要开机且网络连接正常,否则不能同步更改的数据!")))
         return;
-    WriteCNameSepIni();
+    const auto bins = BinName;
+    if (!written(WriteCNameSepIni(), "WriteCNameSepIni", QStringLiteral("料仓名称设定失败!"))) {
+        BinName = bins;
+        LoadCNameIni();
+        return;
+    }
     ShowOkBox(text("BCBUT043", "料仓名称设定已成功完成!"), false);
     networkCopy();
 }
 
 // A name that is not in use is written empty, whatever its box holds.
-void BcBut::WriteCNameIni()
+FileError BcBut::WriteCNameIni()
 {
     for (size_t i = 0; i < TxtDCansd.size(); ++i)
         ScaleName[i] = LblCansd[i]->isEnabled() ? Trim(TxtDCansd[i]->text()) : QString();
-    WriteScaleNamesToFile();
+    return WriteScaleNamesToFile();
 }
 
-void BcBut::WriteCNameSepIni()
+FileError BcBut::WriteCNameSepIni()
 {
     for (size_t i = 0; i < TxtDCansdName.size(); ++i)
         BinName[i] = LblCansdName[i]->isEnabled() ? Trim(TxtDCansdName[i]->text()) : QString();
-    WriteBinNamesToFile();
+    return WriteBinNamesToFile();
 }
 
 // The local file stays as set when the copy fails: the operator is asked to set the names again. These

@@ -1,10 +1,11 @@
 #include "calibration/cal_records.h"
 
 #include "common/app_paths.h"
+#include "common/error_log.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
+#include "common/vbtext.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <limits>
@@ -22,12 +23,28 @@ QString monthlyBase()
     return AppPaths::appFolder() + QLatin1Char('/');
 }
 
-void ensureHiddenFolder()
+// A record that cannot be written leaves the calibration standing; the log tells the system's reason.
+void logFailure(const char* routine, const FileError& e)
+{
+    if (!e.ok())
+        LogProgramError(QStringLiteral("Module1"), QLatin1String(routine), QString::number(e.number), e.logText());
+}
+
+void appendRecord(const char* routine, const QString& path, const QString& text)
+{
+    FileError e;
+    TextFile::append(path, text, &e);
+    logFailure(routine, e);
+}
+
+void ensureHiddenFolder(const char* routine)
 {
     const QString folder = AppPaths::systemDrive(kHiddenFolder);
     if (AppPaths::Dir(folder, true).contains(QLatin1String("MswSpool")))
         return;
-    if (QDir().mkpath(folder))
+    const FileError made = SharedFiles::makeFolder(folder);
+    logFailure(routine, made);
+    if (made.ok())
         AppPaths::setHidden(folder);
 }
 
@@ -38,7 +55,7 @@ bool validScale(int scale) { return scale >= 0 && scale < int(ScaleName.size());
 
 QDateTime CalNow() { return CalClock ? CalClock() : QDateTime::currentDateTime(); }
 
-QString CalTimeText(const QDateTime& t) { return t.toString(QStringLiteral("yyyy/M/d H:mm:ss")); }
+QString CalTimeText(const QDateTime& t) { return DateTimeText(t); }
 
 QString MonthlyRecordPath(const QDateTime& t)
 {
@@ -62,11 +79,10 @@ void AppendZeroRecord(int scale)
     const QStringList values = {n + QStringLiteral("BiaoZeroTime=") + BiaoZeroTime[scale],
                                 n + QStringLiteral("BiaoZeroADValue=") + BiaoZeroADValue[scale],
                                 n + QStringLiteral("BiaoZeroWTValue=") + BiaoZeroWTValue[scale]};
-    // A failed write leaves the calibration standing; nothing is reported.
-    TextFile::append(MonthlyRecordPath(now), lines(values + QStringList{kSeparator}));
-    ensureHiddenFolder();
-    TextFile::append(HiddenRecordPath(now), lines(QStringList{QStringLiteral("CengIndex=%1").arg(scale + 1)} + values +
-                                                  QStringList{kSeparator}));
+    appendRecord("AppendZeroRecord", MonthlyRecordPath(now), lines(values + QStringList{kSeparator}));
+    ensureHiddenFolder("AppendZeroRecord");
+    appendRecord("AppendZeroRecord", HiddenRecordPath(now),
+                 lines(QStringList{QStringLiteral("CengIndex=%1").arg(scale + 1)} + values + QStringList{kSeparator}));
 }
 
 void AppendWeightRecord(int scale)
@@ -80,17 +96,17 @@ void AppendWeightRecord(int scale)
                                   n + QStringLiteral("BiaoWeightADValue=") + BiaoWeightADValue[scale],
                                   n + QStringLiteral("BiaoWeightWTValue=") + BiaoWeightWTValue[scale],
                                   n + QStringLiteral("BiaoWeightFMValue=") + BiaoWeightFMValue[scale], kSeparator});
-    TextFile::append(MonthlyRecordPath(now), record);
-    ensureHiddenFolder();
-    TextFile::append(HiddenRecordPath(now), record);
+    appendRecord("AppendWeightRecord", MonthlyRecordPath(now), record);
+    ensureHiddenFolder("AppendWeightRecord");
+    appendRecord("AppendWeightRecord", HiddenRecordPath(now), record);
 }
 
 void AppendOpRecord(const QString& scaleTitle, const QString& time, const QString& operatorName,
                     const QString& operation, const QString& ad, const QString& weight, const QString& testWeight)
 {
     // No fallback: without \Data the append cannot open the file and the record is lost.
-    TextFile::append(OpRecordPath(), lines({scaleTitle, time, operatorName, operation, ad, weight, testWeight}) +
-                               QLatin1Char('\n'));
+    appendRecord("AppendOpRecord", OpRecordPath(),
+                 lines({scaleTitle, time, operatorName, operation, ad, weight, testWeight}) + QLatin1Char('\n'));
 }
 
 namespace {

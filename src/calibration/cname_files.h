@@ -1,34 +1,28 @@
 #pragma once
 // CName.ini on disk: the writers of the names, the spool copy that keeps the first names as the factory
 // set (here and on the partner station), the copy for the production control system, and the restore.
+#include "common/shared_files.h"
+
 #include <QString>
 #include <chrono>
-
-// A file operation as the operator's messages tell it: number 0 when it was done, otherwise the
-// run-time error number and its description.
-struct FileError {
-    int number = 0;
-    QString description;
-    bool ok() const { return number == 0; }
-};
+#include <functional>
 
 // Copies over an existing file by way of a new one beside it, so that a copy that breaks off leaves the
 // old file whole. A destination without write permission stays as it is.
 FileError CopyFileOver(const QString& from, const QString& to);
-// Creates a folder and the folders above it.
-FileError MakeFolder(const QString& folder);
 
-// Section "Name" from ScaleName(0..13), then "RecordTime".
-void WriteScaleNamesToFile();
+// Section "Name" from ScaleName(0..13), then "RecordTime". The first write that failed, if one did.
+FileError WriteScaleNamesToFile();
 // The bin sections from BinName(0..21), then "RecordTime".
-void WriteBinNamesToFile();
+FileError WriteBinNamesToFile();
 
 // The hidden spool folder of the factory names on this station.
 QString CNameSpoolFolder();
 // CName.ini into the spool folder here and on the partner station. Failures go to the error log only.
 void BackupCNameIni();
 
-// The copy to ReadNetPath() + "\Data" for the production control system.
+// The copy to ReadNetPath() + "\Data" for the production control system. Only a folder that is not there
+// (ENOENT, ENOTDIR) is a missing path; any other failure to look at it is a lost network.
 enum class NetCopy { Done, NoPath, Failed };
 struct NetCopyResult {
     NetCopy outcome = NetCopy::Done;
@@ -44,3 +38,5 @@ Restore RestoreCNameFromSpool();
 // How long a copy over the network may hold the console: about what a Windows station waits for a
 // station that is off before it gives up. What is still running then finishes or fails unseen.
 inline std::chrono::milliseconds NetworkWaitLimit{20000};
+// The errno of stat() on a folder, 0 when it is there. Tests put a failing network in its place; empty: stat().
+inline std::function<int(const QString& folder)> FolderStatError;

@@ -1,15 +1,50 @@
 #include "common/app_paths.h"
 
 #include "common/profile.h"
+#include "common/shared_files.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QtEndian>
+
+#include <sys/xattr.h>
 
 namespace {
 QString g_appFolder;
+AppPaths::DosAttributes g_dos;
+
+constexpr const char* kDosAttrib = "user.cifs.dosattrib";
+constexpr quint32 kDosHidden = 0x2;  // FILE_ATTRIBUTE_HIDDEN
+
+bool readDosAttrib(const QString& path, QByteArray* value)
+{
+    char v[4];
+    if (::getxattr(QFile::encodeName(path).constData(), kDosAttrib, v, sizeof v) != ssize_t(sizeof v)) return false;
+    *value = QByteArray(v, sizeof v);
+    return true;
+}
+
+bool writeDosAttrib(const QString& path, const QByteArray& value)
+{
+    return ::setxattr(QFile::encodeName(path).constData(), kDosAttrib, value.constData(), size_t(value.size()), 0) == 0;
+}
+
+// A Windows station that mounts no share of ours sees only the attribute. A mount without it (no such
+// attribute, or refused) leaves the name in ".hidden" alone; that is no error.
+void setDosHidden(const QString& path)
+{
+    const auto get = g_dos.get ? g_dos.get : decltype(g_dos.get)(readDosAttrib);
+    const auto set = g_dos.set ? g_dos.set : decltype(g_dos.set)(writeDosAttrib);
+    QByteArray v;
+    if (!get(path, &v) || v.size() != 4) return;
+    const quint32 attributes = qFromLittleEndian<quint32>(v.constData());
+    if (attributes & kDosHidden) return;
+    qToLittleEndian<quint32>(attributes | kDosHidden, v.data());
+    (void)set(path, v);
+}
 
 QString slashes(QString path) { return path.replace(QLatin1Char('\\'), QLatin1Char('/')); }
 
@@ -101,16 +136,18 @@ void setHidden(const QString& path)
 {
     QString listFile, name;
     hiddenListOf(path, &listFile, &name);
-    if (name.isEmpty() || hiddenNames(listFile).contains(name)) return;
-    QFile f(listFile);
-    if (!f.open(QIODevice::Append)) return;  // the attribute is cosmetic: a read-only folder just keeps it visible
-    if (f.size() > 0) {
-        // A list that lost its last line end must not glue the new name to the old one.
-        QFile r(listFile);
-        if (r.open(QIODevice::ReadOnly) && r.seek(r.size() - 1) && r.read(1) != "\n") f.write("\n");
-    }
-    f.write(name.toUtf8() + '\n');
+    if (name.isEmpty()) return;
+    setDosHidden(QDir::cleanPath(path));
+    if (hiddenNames(listFile).contains(name)) return;
+    QFile r(listFile);
+    QByteArray line = name.toUtf8() + '\n';
+    // A list that lost its last line end must not glue the new name to the old one.
+    if (r.open(QIODevice::ReadOnly) && r.size() > 0 && r.seek(r.size() - 1) && r.read(1) != "\n") line.prepend('\n');
+    // The attribute is cosmetic: a read-only folder just keeps it visible.
+    (void)SharedFiles::appendToFile(listFile, line);
 }
+
+void setDosAttributes(DosAttributes access) { g_dos = std::move(access); }
 
 bool isHidden(const QString& path)
 {

@@ -1,7 +1,9 @@
 #pragma once
 // Where the Windows notions of the design live on Linux. Each mapping is made here and only here.
+#include <QByteArray>
 #include <QDate>
 #include <QString>
+#include <functional>
 
 namespace AppPaths {
 // The application folder: the folder holding the executable, unless a test set another.
@@ -22,8 +24,16 @@ QString partnerShare(const QString& host, const QString& windowsPath);
 // drive_x. A path that begins with "/" is already one of this station; any other is below the application folder.
 QString fromWindows(const QString& path);
 
-// The hidden attribute: the name is listed in the folder's ".hidden" file, which file managers honour.
+// The hidden attribute: the name is listed in the folder's ".hidden" file, which file managers honour, and
+// on a share of a Windows station it takes the DOS attribute too, where the mount lets it be set.
 void setHidden(const QString& path);
+// The DOS attributes as a CIFS mount shows them (extended attribute "user.cifs.dosattrib", a little-endian
+// 32-bit value): get is false where there are none. Tests replace them; empty: the file system's.
+struct DosAttributes {
+    std::function<bool(const QString& path, QByteArray* value)> get;
+    std::function<bool(const QString& path, const QByteArray& value)> set;
+};
+void setDosAttributes(DosAttributes access);
 bool isHidden(const QString& path);
 
 // Dir(path, attributes) of the design: the last name of an existing path, empty if there is none.

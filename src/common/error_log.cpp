@@ -1,10 +1,11 @@
 #include "common/error_log.h"
 
 #include "common/app_paths.h"
+#include "common/shared_files.h"
 #include "common/text_file.h"
+#include "common/vbtext.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFileInfo>
 #include <QSet>
 
@@ -29,13 +30,12 @@ void LogProgramError(const QString& form, const QString& routine, const QString&
 
         const QString folder = AppPaths::inApp(QStringLiteral("ProgramErr"));
         if (!QFileInfo(folder).isDir()) {
-            if (!QDir().mkpath(folder)) return;
+            if (!SharedFiles::makeFolder(folder).ok()) return;
             AppPaths::setHidden(folder);
         }
         const QDateTime now = QDateTime::currentDateTime();
-        // The date is written as yyyy-MM-dd, the short date of the Chinese stations, whatever the locale.
-        const QString text = QStringLiteral("ErrTime：") + now.toString(QStringLiteral("yyyy-MM-dd")) +
-                             QStringLiteral("   ") + now.toString(QStringLiteral("HH:mm:ss")) + QLatin1Char('\n') +
+        // The same date and time as in the calibration records, whatever the locale.
+        const QString text = QStringLiteral("ErrTime：") + DateTimeText(now, QStringLiteral("   ")) + QLatin1Char('\n') +
                              QStringLiteral("ErrNumber:") + number + QStringLiteral("----") + description +
                              QLatin1Char('\n') + QStringLiteral("ErrForm:") + form + QLatin1Char('\n') +
                              QStringLiteral("ErrSub:") + routine + QLatin1Char('\n') + QString(52, QLatin1Char('#')) +

@@ -251,7 +251,8 @@ QString ReadProfileValue(const QString& section, const QString& key, const QStri
 
 // ---- writing ----
 
-bool WriteProfileValue(const QString& section, const QString& key, const QString& value, const QString& file)
+bool WriteProfileValue(const QString& section, const QString& key, const QString& value, const QString& file,
+                       FileError* error)
 {
     const QString sectionName = section.trimmed();
     const QString keyName = key.trimmed();
@@ -259,7 +260,7 @@ bool WriteProfileValue(const QString& section, const QString& key, const QString
 
     QByteArray bytes;
     if (TextFile::exists(file)) {
-        if (!TextFile::readBytes(file, &bytes)) return true;  // unreadable: leave it rather than lose it
+        if (!TextFile::readBytes(file, &bytes, error)) return true;  // unreadable: leave it rather than lose it
     }
     const Layout layout = bytes.isEmpty() ? Layout{} : TextFile::detect(bytes);
     const auto encode = [&layout](const QString& text) { return TextFile::encodeAs(text, layout.encoding); };
@@ -322,7 +323,7 @@ bool WriteProfileValue(const QString& section, const QString& key, const QString
         out += encode(QLatin1Char('[') + sectionName + QLatin1Char(']')) + crlf +
                encode(keyName + QLatin1Char('=') + value) + crlf;
     }
-    TextFile::writeBytes(file, out);  // a failed write leaves the old file whole; the caller is told True
+    TextFile::writeBytes(file, out, error);  // a failed write leaves the old file whole
     return true;
 }
 

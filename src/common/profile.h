@@ -2,6 +2,8 @@
 // Private-profile (INI) files with the semantics of the Windows profile routines:
 // sections and keys compared without case, values cut at 455 characters, a key or section created
 // on write, everything else in the file kept as it was.
+#include "common/shared_files.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QHash>
@@ -12,7 +14,9 @@
 #include <vector>
 
 QString ReadProfileValue(const QString& section, const QString& key, const QString& deflt, const QString& file);
-bool WriteProfileValue(const QString& section, const QString& key, const QString& value, const QString& file);
+// True whatever happens, as the Windows routine is used; a caller that must know reads *error.
+bool WriteProfileValue(const QString& section, const QString& key, const QString& value, const QString& file,
+                       FileError* error = nullptr);
 // First line that begins with key (case-sensitive); the rest of the line trimmed. Empty if none or on error.
 QString ReadKeyLine(const QString& file, const QString& key);
 

@@ -246,7 +246,10 @@ void SaveBLZConfig()
         for (const QString& line : old)
             if (!line.trimmed().isEmpty() && !ours.wants(line)) lines << line;
     }
-    TextFile::writeLines(BLZConfigPath(), lines);  // a failure at exit is silently lost; the old file stays
+    // The old file stays whole when the new one cannot be written; the log tells why.
+    FileError e;
+    if (!TextFile::writeLines(BLZConfigPath(), lines, &e))
+        LogProgramError(QStringLiteral("Module1"), QStringLiteral("SaveBLZConfig"), QString::number(e.number), e.logText());
 }
 
 void LoadSysData()

@@ -2,11 +2,15 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 #include <QStringEncoder>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 const char* const kCodec = "GB18030";
@@ -15,66 +19,72 @@ bool startsWith(QByteArrayView bytes, const char* prefix, qsizetype n)
 {
     return bytes.size() >= n && memcmp(bytes.data(), prefix, size_t(n)) == 0;
 }
+
+// The layout of a file as its mark tells it: the first bytes are enough. No file, no mark.
+TextFile::Layout layoutOf(const QString& path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return {};
+    return TextFile::detect(f.read(3));
+}
+
+const char* markOf(const TextFile::Layout& l)
+{
+    switch (l.encoding) {
+    case TextFile::Encoding::Utf8: return l.bomLength ? "\xEF\xBB\xBF" : "";
+    case TextFile::Encoding::Utf16Le: return "\xFF\xFE";
+    case TextFile::Encoding::Utf16Be: return "\xFE\xFF";
+    case TextFile::Encoding::Gb18030: break;
+    }
+    return "";
+}
 }  // namespace
 
 namespace TextFile {
-
-bool isValidUtf8(QByteArrayView bytes)
-{
-    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
-    const qsizetype n = bytes.size();
-    qsizetype i = 0;
-    while (i < n) {
-        const unsigned c = p[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        int more;
-        unsigned low = 0x80, high = 0xBF;  // allowed range of the second byte
-        if (c >= 0xC2 && c <= 0xDF) {
-            more = 1;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            more = 2;
-            if (c == 0xE0) low = 0xA0;        // no overlong forms
-            else if (c == 0xED) high = 0x9F;  // no surrogates
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            more = 3;
-            if (c == 0xF0) low = 0x90;
-            else if (c == 0xF4) high = 0x8F;  // nothing above U+10FFFF
-        } else {
-            return false;
-        }
-        if (i + more >= n) return false;
-        if (p[i + 1] < low || p[i + 1] > high) return false;
-        for (int k = 2; k <= more; ++k)
-            if ((p[i + k] & 0xC0) != 0x80) return false;
-        i += more + 1;
-    }
-    return true;
-}
 
 Layout detect(QByteArrayView bytes)
 {
     if (startsWith(bytes, "\xFF\xFE", 2)) return {Encoding::Utf16Le, 2};
     if (startsWith(bytes, "\xFE\xFF", 2)) return {Encoding::Utf16Be, 2};
-    // GB18030 text may begin with these three bytes ("锘" and a lead byte): a mark only before UTF-8.
-    if (startsWith(bytes, "\xEF\xBB\xBF", 3) && isValidUtf8(bytes.sliced(3))) return {Encoding::Utf8, 3};
-    for (const char c : bytes) {
-        if (uchar(c) >= 0x80) return {isValidUtf8(bytes) ? Encoding::Utf8 : Encoding::Gb18030, 0};
-    }
-    return {Encoding::Gb18030, 0};  // plain ASCII reads the same either way
+    if (startsWith(bytes, "\xEF\xBB\xBF", 3)) return {Encoding::Utf8, 3};
+    return {Encoding::Gb18030, 0};
 }
 
 bool exists(const QString& path) { return !path.isEmpty() && QFileInfo(path).isFile(); }
 
-bool readBytes(const QString& path, QByteArray* bytes)
+bool readBytes(const QString& path, QByteArray* bytes, FileError* error)
 {
-    if (!exists(path)) return false;
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return false;
-    *bytes = f.readAll();
-    return f.error() == QFileDevice::NoError;
+    const auto fail = [&](int err) {
+        if (error) *error = SharedFiles::errorOf(err, path, true);
+        return false;
+    };
+    if (path.isEmpty()) return fail(ENOENT);
+    const QByteArray name = QFile::encodeName(path);
+    // Only a file is opened: a pipe or a device put where a file belongs would hold the console up.
+    struct stat st {};
+    if (::stat(name.constData(), &st) != 0) return fail(errno);
+    if (!S_ISREG(st.st_mode)) return fail(S_ISDIR(st.st_mode) ? EISDIR : EINVAL);
+    const int in = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
+    if (in < 0) return fail(errno);
+    // Read straight into the buffer, sized by the file; a file that grows meanwhile grows it.
+    QByteArray data(qsizetype(std::min<off_t>(st.st_size, off_t(1) << 30)) + 1, Qt::Uninitialized);
+    qsizetype got = 0;
+    for (;;) {
+        if (got == data.size()) data.resize(data.size() * 2);
+        const ssize_t n = ::read(in, data.data() + got, size_t(data.size() - got));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) {
+            const int err = errno;
+            ::close(in);
+            return fail(err);
+        }
+        if (n == 0) break;
+        got += n;
+    }
+    data.truncate(got);
+    ::close(in);
+    *bytes = std::move(data);
+    return true;
 }
 
 bool read(const QString& path, QString* text)
@@ -103,30 +113,22 @@ bool readLines(const QString& path, QStringList* lines)
     return true;
 }
 
-bool writeBytes(const QString& path, const QByteArray& bytes)
+bool writeBytes(const QString& path, const QByteArray& bytes, FileError* error)
 {
-    // A file another station made read-only stays as it is, as it would on Windows.
-    const QFileInfo fi(path);
-    if (fi.exists() && (!fi.isFile() || !fi.isWritable())) return false;
-    QSaveFile f(path);
-    // A folder the operator may not write to, holding files he may: the file itself is rewritten.
-    f.setDirectWriteFallback(true);
-    if (!f.open(QIODevice::WriteOnly)) return false;
-    if (f.write(bytes) != bytes.size()) {
-        f.cancelWriting();
-        return false;
-    }
-    return f.commit();
+    const FileError e = SharedFiles::replaceFile(path, bytes);
+    if (error) *error = e;
+    return e.ok();
 }
 
-bool writeLines(const QString& path, const QStringList& lines)
+bool writeLines(const QString& path, const QStringList& lines, FileError* error)
 {
     QString text;
     for (const QString& line : lines) text += line + QStringLiteral("\r\n");
-    return writeBytes(path, encode(text));
+    const Layout l = layoutOf(path);
+    return writeBytes(path, QByteArray(markOf(l)) + encodeAs(text, l.encoding), error);
 }
 
-bool append(const QString& path, const QString& text)
+bool append(const QString& path, const QString& text, FileError* error)
 {
     QString crlf;
     crlf.reserve(text.size() + 8);
@@ -135,11 +137,10 @@ bool append(const QString& path, const QString& text)
         if (c == QLatin1Char('\n') && (i == 0 || text.at(i - 1) != QLatin1Char('\r'))) crlf += QLatin1Char('\r');
         crlf += c;
     }
-    if (QFileInfo(path).isDir()) return false;
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Append)) return false;
-    const QByteArray bytes = encode(crlf);
-    return f.write(bytes) == bytes.size() && f.flush();
+    // Behind a mark the text goes on in the mark's encoding; a file made here has none.
+    const FileError e = SharedFiles::appendToFile(path, encodeAs(crlf, layoutOf(path).encoding));
+    if (error) *error = e;
+    return e.ok();
 }
 
 QByteArray encode(const QString& text) { return encodeAs(text, Encoding::Gb18030); }

@@ -1,7 +1,9 @@
 #pragma once
 // The one reader and writer of text files shared with the plant's Windows stations: GB18030 with CRLF.
-// Files saved by other editors are read as what they are: UTF-8 with or without a byte-order mark,
-// UTF-16 behind its byte-order mark.
+// Only a byte-order mark makes a file UTF-8 or UTF-16, and a write keeps what the mark said. The bytes are
+// never taken as a hint: many short GBK names ("砂" C9 B0, "石" CA AF) are valid UTF-8 by chance.
+#include "common/shared_files.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
@@ -16,25 +18,25 @@ struct Layout {
     qsizetype bomLength = 0;
     int unit() const { return encoding == Encoding::Utf16Le || encoding == Encoding::Utf16Be ? 2 : 1; }
 };
-// UTF-16 by its mark; UTF-8 behind its mark or without one when every byte is valid UTF-8 and some are not
-// ASCII; GB18030 otherwise, also when the bytes of a UTF-8 mark begin text that is not UTF-8.
+// UTF-16 or UTF-8 by their marks, GB18030 without one.
 Layout detect(QByteArrayView bytes);
-bool isValidUtf8(QByteArrayView bytes);
 
 bool exists(const QString& path);
 // Whole file decoded; false if it cannot be opened.
 bool read(const QString& path, QString* text);
 // Lines without their line ends (CRLF, LF or lone CR all end a line).
 bool readLines(const QString& path, QStringList* lines);
-// Replaces the file. Each line gets CRLF. false on failure; an existing file is never left half written,
+// Replaces the file, in the encoding and with the mark of the file it replaces (GB18030 for a new one).
+// Each line gets CRLF. false on failure, told in *error; an existing file is never left half written,
 // except in a folder where no temporary file can be made, where the file is written in place.
-bool writeLines(const QString& path, const QStringList& lines);
-// Appends text as it stands ("\n" in text is written as CRLF). Creates the file if absent.
-bool append(const QString& path, const QString& text);
+bool writeLines(const QString& path, const QStringList& lines, FileError* error = nullptr);
+// Appends text as it stands ("\n" in text is written as CRLF), in the encoding of the file's mark.
+// Creates the file if absent.
+bool append(const QString& path, const QString& text, FileError* error = nullptr);
 // The raw bytes, for the profile writer, which keeps every line it does not change byte for byte.
-bool readBytes(const QString& path, QByteArray* bytes);
+bool readBytes(const QString& path, QByteArray* bytes, FileError* error = nullptr);
 // Replaces the file with these bytes by the same safe way as writeLines.
-bool writeBytes(const QString& path, const QByteArray& bytes);
+bool writeBytes(const QString& path, const QByteArray& bytes, FileError* error = nullptr);
 QByteArray encode(const QString& text);  // GB18030
 QString decode(const QByteArray& bytes);  // by detect()
 // Text without a byte-order mark in a given encoding, and back.

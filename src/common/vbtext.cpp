@@ -299,3 +299,8 @@ QString NumText(double value)
     }
     return QString::fromLatin1(out.data(), qsizetype(out.size()));
 }
+
+QString DateTimeText(const QDateTime& t, const QString& gap)
+{
+    return t.toString(QStringLiteral("yyyy/M/d")) + gap + t.toString(QStringLiteral("H:mm:ss"));
+}

@@ -2,6 +2,7 @@
 // The text and number routines every form relies on. They behave as the operators' screens
 // were designed with, not as C++ would: Val reads the longest numeric beginning, Format rounds
 // half away from zero, CInt rounds half to even.
+#include <QDateTime>
 #include <QString>
 #include <stdexcept>
 
@@ -42,3 +43,6 @@ QString Mid(const QString& s, int start, int length = -1);
 QString Hex(long long value);
 // Decimal text of a number as the design's Str/CStr give it: no trailing zeros, no "+".
 QString NumText(double value);
+// Date and time as the station writes them into its files: "2026/3/5" and "14:03:22", the gap between them
+// one blank in the records and the names file, three in the error log.
+QString DateTimeText(const QDateTime& t, const QString& gap = QStringLiteral(" "));

@@ -21,6 +21,8 @@
 #include <QLineEdit>
 #include <QTest>
 #include <future>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 const QString kNetNoPath =
@@ -31,6 +33,7 @@ const QString kNamesDone = QStringLiteral("电子秤名称设定已成功完成!
 const QString kBinsDone = QStringLiteral("料仓名称设定已成功完成!");
 const QString kAskRestore = QStringLiteral("是否恢复出厂设定的电子秤名称?");
 const QString kRestoreFailed = QStringLiteral("恢复出厂设定失败!");
+const QString kNetLost = QStringLiteral("网络未联接，更改的数据未能同步，请在网络正常时重新设定！");
 
 QHostAddress ip(const char* a) { return QHostAddress(QLatin1String(a)); }
 
@@ -75,6 +78,7 @@ private slots:
         PartnerStation::setAddressSource([] { return QList<QHostAddress>{ip("127.0.0.1"), ip("10.0.0.7")}; });
         PartnerStation::setMountCheck({});
         NetworkWaitLimit = std::chrono::milliseconds(20000);
+        FolderStatError = {};
     }
 
     void cleanup()
@@ -84,6 +88,7 @@ private slots:
         CalClock = {};
         PartnerStation::setAddressSource({});
         PartnerStation::setMountCheck({});
+        FolderStatError = {};
     }
 
     // The first naming writes the whole file and its spool copy; a second naming changes the file but not
@@ -147,6 +152,101 @@ private slots:
         QCOMPARE(ScaleName[9], QStringLiteral("粉灰"));
     }
 
+    // The names of a plant, most of them valid UTF-8 by chance in GB18030: the first naming writes all of them
+    // in GB18030, and after a restart the tab shows them and the calibration values saved under them are back.
+    void plantNamesThroughARestart()
+    {
+        const struct { int box; const char *key, *name, *gb; } rows[] = {
+            {0, "01", "砂", "c9b0"},       {1, "02", "石", "caaf"},        {2, "03", "细砂", "cfb8c9b0"},
+            {3, "04", "1#砂", "3123c9b0"}, {4, "05", "小石", "d0a1caaf"},   {5, "06", "石1", "caaf31"},
+            {6, "07", "石粉", "caafb7db"}, {7, "11", "水", "cbae"},         {8, "08", "水泥", "cbaec4e0"},
+            {9, "09", "粉煤灰", "b7dbc3babbd2"}, {10, "10", "矿粉", "bff3b7db"}, {11, "12", "外加剂1", "cde2bcd3bcc131"},
+            {12, "13", "外加剂2", "cde2bcd3bcc132"}, {13, "14", "水2", "cbae32"},
+        };
+        CNameMissing = true;
+        for (QString& n : ScaleName)
+            if (n.isEmpty())
+                n = QStringLiteral("备用");  // all fourteen in use
+        BcBut* f = openForm();
+        tab(f, 1);
+        QByteArray names = "[Name]\r\n";
+        for (const auto& r : rows) {
+            type(f, qPrintable(IndexedName("TxtDCansd", r.box)), r.name);
+            names += QByteArray(r.key) + '=' + QByteArray::fromHex(r.gb) + "\r\n";
+        }
+        ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
+        QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
+        QCOMPARE(rawBytes(cname()), names + GbLines(firstFile(QStringLiteral("2026/3/5 14:03:22")).mid(15)));
+        QCOMPARE(rawBytes(spool()), rawBytes(cname()));
+        for (const auto& r : rows)
+            BiaoZeroADValue[size_t(r.box)] = QString::number(3000 + r.box);
+        SaveBLZConfig();
+        const QByteArray blz = rawBytes(BLZConfigPath());
+        for (const auto& r : rows)
+            QVERIFY2(blz.contains("\r\n" + QByteArray::fromHex(r.gb) + "BiaoZeroADValue=" + QByteArray::number(3000 + r.box) + "\r\n"), r.name);
+
+        Forms::unload(QStringLiteral("BcBut"));
+        ResetConsoleState();
+        BiaoZeroADValue.fill(QString());
+        LoadBLZConfig();
+        f = openForm();
+        tab(f, 1);
+        for (const auto& r : rows) {
+            QCOMPARE(box(f, qPrintable(IndexedName("TxtDCansd", r.box))), QString::fromUtf8(r.name));
+            QCOMPARE(BiaoZeroADValue[size_t(r.box)], QString::number(3000 + r.box));
+        }
+    }
+
+    // Two operators of the group, umask 022 both, in the package's layout: A names the scales first, records
+    // a calibration and restores the factory names; B then names the scales and records his calibration. B's
+    // names are in the file and at the next start, his record is in the hidden copy, and nothing failed.
+    void secondOperatorOfTheGroup()
+    {
+        if (::geteuid() != 0)
+            QSKIP("only the superuser can act as two operators");
+        constexpr unsigned kGroup = 4242, kUserA = 4001, kUserB = 4002;
+        QVERIFY(::chmod(QFile::encodeName(h->dir.path()).constData(), 0755) == 0);
+        for (const char* folder : {"Data", "ProgramErr", "drive_c", "stations"}) {
+            const QByteArray p = QFile::encodeName(h->path(QLatin1String(folder)));
+            QDir().mkpath(QString::fromUtf8(p));
+            QVERIFY(::chown(p.constData(), 0, kGroup) == 0 && ::chmod(p.constData(), 02775) == 0);
+        }
+        const QString hidden = h->path(QStringLiteral("drive_c/Program Files/MswSpool/20263MswSpool.txt"));
+        CNameMissing = true;
+        {
+            FilesAsUser a(kUserA, kGroup);
+            BcBut* f = openForm();
+            tab(f, 1);
+            type(f, "TxtDCansd(0)", "砂");
+            ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
+            AppendZeroRecord(0);
+            SaveBLZConfig();
+            Forms::unload(QStringLiteral("BcBut"));
+            f = openForm();
+            tab(f, 1);
+            ClickOn(Ctl(f, QStringLiteral("LblCNameIni")));
+            Forms::unload(QStringLiteral("BcBut"));
+        }
+        QCOMPARE(QFileInfo(cname()).ownerId(), kUserA);
+        mb->texts.clear();
+        {
+            FilesAsUser b(kUserB, kGroup);
+            BcBut* f = openForm();
+            tab(f, 1);
+            type(f, "TxtDCansd(0)", "细砂");
+            ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
+            AppendZeroRecord(0);
+            SaveBLZConfig();
+        }
+        QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
+        QCOMPARE(ErrorLogText(), QString());
+        QVERIFY(TextFile::decode(rawBytes(hidden)).contains(QStringLiteral("\r\n细砂BiaoZeroTime=")));
+        Forms::unload(QStringLiteral("BcBut"));
+        SetDefaultNames();
+        LoadBLZConfig();
+        QCOMPARE(ScaleName[0], QStringLiteral("细砂"));
+    }
+
     // The bin tab waits for the first naming only while the file is really missing.
     void tabsBeforeNaming_data()
     {
@@ -183,15 +283,21 @@ private slots:
         QTest::addColumn<bool>("answer");
         QTest::addColumn<QStringList>("boxes");
         QTest::addColumn<bool>("written");
+        QTest::addColumn<bool>("readOnly");  // CName.ini without write permission: refused, told, logged
         const QString empty = QStringLiteral("电子秤名称不能为空!");
-        QTest::newRow("empty scale name") << 1 << "TxtDCansd(1)" << "" << true << QStringList{empty} << false;
-        QTest::newRow("blanks only") << 1 << "TxtDCansd(13)" << "   " << true << QStringList{empty} << false;
+        const QString refused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
+        QTest::newRow("empty scale name") << 1 << "TxtDCansd(1)" << "" << true << QStringList{empty} << false << false;
+        QTest::newRow("blanks only") << 1 << "TxtDCansd(13)" << "   " << true << QStringList{empty} << false << false;
         QTest::newRow("empty bin name") << 2 << "TxtDCansdName(9)" << " " << true
-                                        << QStringList{QStringLiteral("料仓名称不能为空!")} << false;
+                                        << QStringList{QStringLiteral("料仓名称不能为空!")} << false << false;
         QTest::newRow("unused box is not checked") << 1 << "TxtDCansd(5)" << "" << true
-                                                   << QStringList{kAskNames, kNamesDone, kNetNoPath} << true;
-        QTest::newRow("answer no") << 1 << "TxtDCansd(1)" << "砂" << false << QStringList{kAskNames} << false;
-        QTest::newRow("bins, answer no") << 2 << "TxtDCansdName(9)" << "P.O" << false << QStringList{kAskBins} << false;
+                                                   << QStringList{kAskNames, kNamesDone} << true << false;
+        QTest::newRow("answer no") << 1 << "TxtDCansd(1)" << "砂" << false << QStringList{kAskNames} << false << false;
+        QTest::newRow("bins, answer no") << 2 << "TxtDCansdName(9)" << "P.O" << false << QStringList{kAskBins} << false << false;
+        QTest::newRow("names refused") << 1 << "TxtDCansd(1)" << "砂" << true
+                                       << QStringList{kAskNames, "电子秤名称" + refused} << false << true;
+        QTest::newRow("bins refused") << 2 << "TxtDCansdName(9)" << "P.O" << true
+                                      << QStringList{kAskBins, "料仓名称" + refused} << false << true;
     }
 
     void checksBeforeWriting()
@@ -202,16 +308,26 @@ private slots:
         QFETCH(bool, answer);
         QFETCH(QStringList, boxes);
         QFETCH(bool, written);
+        QFETCH(bool, readOnly);
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
         writeText(cname(), {"[Name]", "01=骨料1"});
+        if (readOnly)
+            QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+        netPath(h->path(QStringLiteral("prod")));
+        QDir().mkpath(h->path(QStringLiteral("prod/Data")));
         BcBut* f = openForm();
         this->tab(f, tab);
         Ctl<QLineEdit>(f, box)->setText(typed);
         mb->queue(answer);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
-        QCOMPARE(mb->texts, boxes);
+        QCOMPARE(mb->texts, boxes.replaceInStrings(QStringLiteral("@"), h->dir.path()));
         QCOMPARE(rawBytes(cname()) != before, written);
+        // A refused file is not copied on, and the names stay those of the file.
+        QCOMPARE(QFileInfo::exists(h->path(QStringLiteral("prod/Data/CName.ini"))), written);
+        QCOMPARE(ErrorLogText().contains(QStringLiteral("ErrNumber:70----Permission denied: ")), readOnly);
+        if (readOnly)
+            QCOMPARE(ScaleName[1], QStringLiteral("骨料2"));
         if (boxes.size() == 1 && answer)
             QCOMPARE(f->focusWidget(), Ctl(f, box));
         QVERIFY(!QFileInfo::exists(spool()));  // only the first naming makes the spool copy
@@ -224,16 +340,23 @@ private slots:
         QTest::addColumn<QString>("prepare");  // the folder made, or "Data file" / "read-only"
         QTest::addColumn<QString>("landsAt");  // where the copy is found; empty: nowhere
         QTest::addColumn<QString>("message");  // empty: none after the outcome box
-        QTest::newRow("no NetPath.ini") << "" << "" << "" << kNetNoPath;
-        QTest::newRow("no Data folder there") << "@/prod" << "prod" << "" << kNetNoPath;
-        QTest::newRow("folder of this station") << "@/prod" << "prod/Data" << "prod/Data/CName.ini" << "";
+        QTest::addColumn<int>("statError");    // what looking at the folder fails with; 0: as it is
+        QTest::newRow("no NetPath.ini") << "" << "" << "" << kNetNoPath << 0;
+        QTest::newRow("no Data folder there") << "@/prod" << "prod" << "" << kNetNoPath << 0;
+        QTest::newRow("folder of this station") << "@/prod" << "prod/Data" << "prod/Data/CName.ini" << "" << 0;
         QTest::newRow("share of a station") << "\\\\192.168.10.9\\prod" << "stations/192.168.10.9/prod/Data"
-                                            << "stations/192.168.10.9/prod/Data/CName.ini" << "";
+                                            << "stations/192.168.10.9/prod/Data/CName.ini" << "" << 0;
         QTest::newRow("drive of a station") << "\\\\192.168.10.9\\D$\\Prod\\" << "stations/192.168.10.9/drive_d/Prod/Data"
-                                            << "stations/192.168.10.9/drive_d/Prod/Data/CName.ini" << "";
-        QTest::newRow("drive letter") << "D:\\Prod" << "drive_d/Prod/Data" << "drive_d/Prod/Data/CName.ini" << "";
-        QTest::newRow("Data is a file") << "@/prod" << "Data file" << "" << "76:Path not found";
-        QTest::newRow("read-only file there") << "@/prod" << "read-only" << "" << "70:Permission denied";
+                                            << "stations/192.168.10.9/drive_d/Prod/Data/CName.ini" << "" << 0;
+        QTest::newRow("drive letter") << "D:\\Prod" << "drive_d/Prod/Data" << "drive_d/Prod/Data/CName.ini" << "" << 0;
+        QTest::newRow("Data is a file") << "@/prod" << "Data file" << "" << "76:Path not found" << 0;
+        QTest::newRow("read-only file there") << "@/prod" << "read-only" << "" << "70:Permission denied" << 0;
+        // Only a folder that is not there is a missing path; a share that cannot be looked at is a lost network.
+        QTest::newRow("not a folder on the way") << "@/prod" << "prod/Data" << "" << kNetNoPath << int(ENOTDIR);
+        QTest::newRow("station off") << "@/prod" << "prod/Data" << "" << kNetLost << int(EHOSTDOWN);
+        QTest::newRow("input/output error") << "@/prod" << "prod/Data" << "" << kNetLost << int(EIO);
+        QTest::newRow("stale handle") << "@/prod" << "prod/Data" << "" << kNetLost << int(ESTALE);
+        QTest::newRow("automount failed") << "@/prod" << "prod/Data" << "" << kNetLost << int(ENODEV);
     }
 
     void networkCopy()
@@ -242,6 +365,9 @@ private slots:
         QFETCH(QString, prepare);
         QFETCH(QString, landsAt);
         QFETCH(QString, message);
+        QFETCH(int, statError);
+        if (statError)
+            FolderStatError = [statError](const QString&) { return statError; };
         if (!netPath.isEmpty())
             this->netPath(netPath.replace(QLatin1Char('@'), h->dir.path()));
         const QString readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));

@@ -2,6 +2,7 @@
 
 #include "calibration/cal_records.h"
 #include "common/form_access.h"
+#include "common/scale_table.h"
 #include "common/text_file.h"
 #include "shell/app_setup.h"
 
@@ -50,7 +51,11 @@ private slots:
         h = new ConsoleHarness;
         QDir(h->dir.path()).mkpath(QStringLiteral("Data"));
     }
-    void cleanup() { delete h; }
+    void cleanup()
+    {
+        delete h;
+        CalClock = {};
+    }
 
     // The rows as read from the file, again on a new date (the date does not filter), in the design's
     // columns: widths in twips, 15 to the pixel, the last one not stretched. The rows go with the form.
@@ -112,6 +117,90 @@ private slots:
         QPointer<QAbstractItemModel> model = g->model();
         Forms::unload(QStringLiteral("FrmJk"));
         QVERIFY(model.isNull());
+    }
+
+    // Scale and operator names whose GB18030 bytes are valid UTF-8 as well: from the operator list into the
+    // three records in GB18030, and shown as they are by the viewer.
+    void plantNamesInGb18030_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("nameGb");
+        QTest::addColumn<QString>("op");
+        QTest::addColumn<QByteArray>("opGb");
+        const struct { const char *name, *nameGb, *op, *opGb; } rows[] = {
+            {"砂", "c9b0", "郑伟", "d6a3ceb0"},
+            {"1#砂", "3123c9b0", "谢强", "d0bbc7bf"},
+            {"小石", "d0a1caaf", "肖平", "d0a4c6bd"},
+            {"外加剂1", "cde2bcd3bcc131", "张工", "d5c5b9a4"},
+        };
+        for (const auto& r : rows)
+            QTest::newRow(r.name) << QString::fromUtf8(r.name) << QByteArray::fromHex(r.nameGb) << QString::fromUtf8(r.op)
+                                  << QByteArray::fromHex(r.opGb);
+    }
+    void plantNamesInGb18030()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, nameGb);
+        QFETCH(QString, op);
+        QFETCH(QByteArray, opGb);
+        CalClock = [] { return QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)); };
+        QFile sys(h->path(QStringLiteral("Data/SysData.dat")));
+        QVERIFY(sys.open(QIODevice::WriteOnly) && sys.write("UserNam:" + opGb + "\r\n") > 0);
+        sys.close();
+        LoadSysData();
+        ScaleName[0] = name;
+        AppendZeroRecord(0);
+        AppendOpRecord(name, QStringLiteral("2026/3/5 14:03:22"), OperatorName, QStringLiteral("标零"), "3000", "0", "0");
+        const QByteArray zero = nameGb + "BiaoZeroTime=\r\n" + nameGb + "BiaoZeroADValue=\r\n" + nameGb +
+                                "BiaoZeroWTValue=\r\n" + QByteArray(52, '#') + "\r\n";
+        QCOMPARE(rawBytes(h->path(QStringLiteral("Data/20263BiaoCen.txt"))), zero);
+        QCOMPARE(rawBytes(h->path(QStringLiteral("drive_c/Program Files/MswSpool/20263MswSpool.txt"))), "CengIndex=1\r\n" + zero);
+        QCOMPARE(rawBytes(OpRecordPath()),
+                 nameGb + "\r\n2026/3/5 14:03:22\r\n" + opGb + "\r\n\xB1\xEA\xC1\xE3\r\n3000\r\n0\r\n0\r\n\r\n");
+        Forms::show(QStringLiteral("FrmJk"));
+        QCOMPARE(shownRows(Ctl<QTableView>(Forms::loaded(QStringLiteral("FrmJk")), QStringLiteral("MSGrid"))),
+                 QStringList{name + "|2026/3/5 14:03:22|" + op + "|标零|3000|0|0"});
+    }
+
+    // A record or the save on exit that the file system refuses leaves the file as it was and a line in the
+    // log with the system's reason and the path; the calibration itself stands.
+    void refusedWritesAreLogged_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("routine");
+        QTest::newRow("monthly file") << "Data/20263BiaoCen.txt" << "AppendZeroRecord";
+        QTest::newRow("hidden copy") << "drive_c/Program Files/MswSpool/20263MswSpool.txt" << "AppendWeightRecord";
+        QTest::newRow("operation list") << "Data/BiaoCeng.txt" << "AppendOpRecord";
+        QTest::newRow("configuration") << "Data/BLZConfig.dat" << "SaveBLZConfig";
+    }
+    void refusedWritesAreLogged()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, routine);
+        CalClock = [] { return QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)); };
+        const QString path = h->path(file);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write("kept\r\n") == 6);
+        f.close();
+        QVERIFY(f.setPermissions(QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        // An operator other than the superuser, whom permissions do not stop, in folders open to him.
+        for (const QString& folder : {h->dir.path(), h->path(QStringLiteral("Data"))})
+            QFile::setPermissions(folder, QFile::Permissions(0x7777));
+        {
+            FilesAsUser nobody(65534, 65534);
+            if (routine == QLatin1String("SaveBLZConfig")) {
+                SaveBLZConfig();
+            } else if (routine == QLatin1String("AppendOpRecord")) {
+                AppendOpRecord("秤", "t", "王", "标零", "1", "2", "3");
+            } else {
+                AppendZeroRecord(0);
+                AppendWeightRecord(0);
+            }
+        }
+        QCOMPARE(rawBytes(path), QByteArray("kept\r\n"));
+        const QString log = ErrorLogText();
+        QVERIFY2(log.contains("ErrNumber:70----Permission denied: " + path + "\r\nErrForm:Module1\r\nErrSub:" + routine), qPrintable(log));
     }
 
     void longFileReadWhole()

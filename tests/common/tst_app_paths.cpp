@@ -14,7 +14,11 @@ private slots:
         dir_ = std::make_unique<QTemporaryDir>();
         AppPaths::setAppFolder(dir_->path());
     }
-    void cleanup() { AppPaths::setAppFolder(QString()); }
+    void cleanup()
+    {
+        AppPaths::setAppFolder(QString());
+        AppPaths::setDosAttributes({});
+    }
 
     void windowsPaths_data()
     {
@@ -50,6 +54,47 @@ private slots:
         QVERIFY(!AppPaths::isHidden(app() + "/Program"));
         QCOMPARE(rawBytes(app() + "/.hidden"), QByteArray("ProgramErr\nlast\nData\n"));
         QCOMPARE(rawBytes(app() + "/drive_c/Program Files/.hidden"), QByteArray("MswSpool\n"));
+    }
+
+    // On a share of a Windows station the folder takes the hidden bit among its DOS attributes (four bytes,
+    // low byte first), the others kept. A mount without them, or one that refuses, leaves ".hidden" alone to
+    // tell it, and nothing goes to the log.
+    void hiddenOnAWindowsShare_data()
+    {
+        QTest::addColumn<QByteArray>("before");  // null: the mount shows no attributes
+        QTest::addColumn<bool>("setWorks");
+        QTest::addColumn<QByteArray>("written");  // null: nothing written
+        const struct { const char *name, *before; bool setWorks; const char* written; } rows[] = {
+            {"folder", "10000000", true, "12000000"},
+            {"other bits kept", "11200100", true, "13200100"},
+            {"already hidden", "12000000", true, nullptr},
+            {"no attributes on this mount", nullptr, true, nullptr},
+            {"mount refuses", "10000000", false, "12000000"},
+        };
+        for (const auto& r : rows)
+            QTest::newRow(r.name) << (r.before ? QByteArray::fromHex(r.before) : QByteArray()) << r.setWorks
+                                  << (r.written ? QByteArray::fromHex(r.written) : QByteArray());
+    }
+    void hiddenOnAWindowsShare()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(bool, setWorks);
+        QFETCH(QByteArray, written);
+        const QString spool = AppPaths::partnerShare("192.168.10.2", "C:\\Program Files\\CNameSpool");
+        QVERIFY(QDir().mkpath(spool));
+        QByteArray set;
+        AppPaths::setDosAttributes({[&](const QString& p, QByteArray* v) {
+                                        *v = before;
+                                        return p == spool && !before.isNull();
+                                    },
+                                    [&](const QString& p, const QByteArray& v) {
+                                        set = p == spool ? v : "elsewhere";
+                                        return setWorks;
+                                    }});
+        AppPaths::setHidden(spool + "/");
+        QCOMPARE(set, written);
+        QVERIFY(AppPaths::isHidden(spool));
+        QVERIFY(!QFileInfo::exists(app() + "/ProgramErr"));
     }
 
     void comPortDevice_data()

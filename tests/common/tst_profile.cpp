@@ -9,7 +9,6 @@
 
 namespace {
 QByteArray gb(const QString& text) { return TextFile::encode(text); }
-QByteArray u8(const QString& text) { return text.toUtf8(); }
 const QByteArray kNoFile = "<none>";
 }  // namespace
 
@@ -44,10 +43,11 @@ private slots:
         QTest::newRow("missing file") << kNoFile << "S" << "k" << "d" << "d";
         QTest::newRow("UTF-8 behind a BOM") << rawBytes(fixture("utf8_bom.ini")) << "lancommon" << "COM003-1" << "d"
                                             << "返回";
-        QTest::newRow("UTF-8 without a BOM") << u8("[Name]\r\n01=石子\r\n") << "Name" << "01" << "d" << "石子";
+        // GB18030 that is valid UTF-8 as well ("砂" is C9 B0): no mark, no UTF-8.
+        QTest::newRow("GB18030 valid as UTF-8") << QByteArray("[Name]\r\n01=\xC9\xB0\r\n") << "Name" << "01" << "d" << "砂";
         QTest::newRow("UTF-16 behind a BOM") << u16("[Name]\r\n11=清水秤\r\n") << "name" << "11" << "d" << "清水秤";
-        QTest::newRow("GB18030 whose first bytes look like a BOM")
-            << gb("锘縖\r\n[Name]\r\n01=石子\r\n") << "Name" << "01" << "d" << "石子";
+        QTest::newRow("a mark before text that is not UTF-8")
+            << QByteArray("\xEF\xBB\xBF[Name]\r\n01=\xCA\xAF\r\n02=a\r\n") << "Name" << "02" << "d" << "a";
         QTest::newRow("10,000-character section name")
             << rawBytes(fixture("CName_longlines.ini")) << QString(10000, 'N') << "01" << "d" << QString(455, 'y');
         QTest::newRow("key behind binary junk")
@@ -91,8 +91,9 @@ private slots:
         QTest::newRow("UTF-8 file stays UTF-8")
             << rawBytes(fixture("utf8_bom.ini")) << "LANCOMMON" << "COM001-1" << "确定"
             << rawBytes(fixture("utf8_bom.ini")) + QString::fromUtf8("COM001-1=确定\r\n").toUtf8();
-        QTest::newRow("UTF-8 without a BOM")
-            << u8("[Name]\r\n01=砂\r\n") << "Name" << "02" << "石子" << u8("[Name]\r\n01=砂\r\n02=石子\r\n");
+        // The first naming: a file that holds only "砂" is valid UTF-8, and the next name is GB18030 all the same.
+        QTest::newRow("GB18030 valid as UTF-8")
+            << gb("[Name]\r\n01=砂\r\n") << "Name" << "02" << "石" << gb("[Name]\r\n01=砂\r\n02=石\r\n");
         QTest::newRow("UTF-16") << u16("[Name]\r\n01=砂") << "Name" << "02" << "石子"
                                 << u16("[Name]\r\n01=砂\r\n02=石子\r\n");
         QTest::newRow("UTF-16, new section") << u16("[ZDTime]\r\n01=3\r\n") << "Name" << "02" << "石子"

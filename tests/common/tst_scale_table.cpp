@@ -154,7 +154,6 @@ private slots:
         const QString text = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
         QTest::newRow("GB18030") << TextFile::encode(text) << false << true;
         QTest::newRow("UTF-8 with a BOM") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << false << true;
-        QTest::newRow("UTF-8 without a BOM") << text.toUtf8() << false << true;
         QTest::newRow("UTF-16 with a BOM") << u16(text) << false << true;
         QTest::newRow("missing") << QByteArray() << false << false;
         QTest::newRow("unreadable") << TextFile::encode(text) << true << false;

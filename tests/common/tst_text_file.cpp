@@ -1,3 +1,4 @@
+#include "common/app_paths.h"
 #include "common/profile.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
@@ -5,18 +6,37 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
 #include <memory>
+#include <sys/stat.h>
 
 class TextFileTest : public QObject {
     Q_OBJECT
 private slots:
     void init() { dir_ = std::make_unique<QTemporaryDir>(); }
 
-    void writeLinesGb18030Crlf()
+    // CRLF after every line, in the encoding of the replaced file's mark; a file without one is GB18030,
+    // however valid UTF-8 its bytes happen to be.
+    void writeLines_data()
     {
-        QVERIFY(putBytes(path("a.txt"), QByteArray(5000, 'z')));
-        QVERIFY(TextFile::writeLines(path("a.txt"), {QString::fromUtf8("骨料1"), QString(), QStringLiteral("x")}));
-        QCOMPARE(rawBytes(path("a.txt")).toHex(), QByteArray("b9c7c1cf31" "0d0a" "0d0a" "78" "0d0a"));
+        QTest::addColumn<QByteArray>("before");  // null: no file
+        QTest::addColumn<QByteArray>("after");
+        const QByteArray lines = QByteArray::fromHex("b9c7c1cf31" "0d0a" "0d0a" "c9b0" "0d0a");  // 骨料1, "", 砂
+        QTest::newRow("new file") << QByteArray() << lines;
+        QTest::newRow("long file replaced") << QByteArray(5000, 'z') << lines;
+        QTest::newRow("GB18030 that is valid UTF-8") << QByteArray::fromHex("c9b00d0acaaf") << lines;
+        QTest::newRow("behind a UTF-8 mark") << QByteArray("\xEF\xBB\xBFx")
+                                             << QByteArray::fromHex("efbbbf" "e9aaa8e6969931" "0d0a" "0d0a" "e7a082" "0d0a");
+        QTest::newRow("behind a UTF-16 mark") << u16("x")
+                                              << u16(QString::fromUtf8("骨料1\r\n\r\n砂\r\n"));
+    }
+    void writeLines()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        if (!before.isNull()) QVERIFY(putBytes(path("a.txt"), before));
+        QVERIFY(TextFile::writeLines(path("a.txt"), {QString::fromUtf8("骨料1"), QString(), QString::fromUtf8("砂")}));
+        QCOMPARE(rawBytes(path("a.txt")), after);
     }
 
     void readLines_data()
@@ -29,14 +49,12 @@ private slots:
         QTest::newRow("GB18030") << QByteArray::fromHex("b9c7c1cf310d0acbaec4e0") << QStringList{"骨料1", "水泥"};
         QTest::newRow("UTF-8 behind a BOM") << QByteArray("\xEF\xBB\xBF") + QString::fromUtf8("骨料1\r\n水泥").toUtf8()
                                             << QStringList{"骨料1", "水泥"};
-        // Saved by editors of other stations.
-        QTest::newRow("UTF-8 without a BOM") << QString::fromUtf8("骨料1\r\n水泥").toUtf8() << QStringList{"骨料1", "水泥"};
+        // Names of a plant whose GB18030 bytes are valid UTF-8 as well:砂 石 水, 郑伟.
+        QTest::newRow("GB18030 that is valid UTF-8") << QByteArray::fromHex("c9b0caafcbae0d0ad6a3ceb0") << QStringList{"砂石水", "郑伟"};
         QTest::newRow("UTF-16 LE behind a BOM")
             << QByteArray::fromHex("fffe" "a89a9965" "3100" "0d000a00" "346ce56c") << QStringList{"骨料1", "水泥"};
         QTest::newRow("UTF-16 BE behind a BOM")
             << QByteArray::fromHex("feff" "9aa86599" "0031" "000d000a" "6c346ce5") << QStringList{"骨料1", "水泥"};
-        // "锘縖" in GB18030 are the bytes of a UTF-8 mark and "[": what follows decides.
-        QTest::newRow("GB18030 that starts like a BOM") << QByteArray::fromHex("efbbbf5bcbaec4e0") << QStringList{"锘縖水泥"};
         QTest::newRow("BOM before plain ASCII") << QByteArray("\xEF\xBB\xBF[Name]") << QStringList{"[Name]"};
     }
     void readLines()
@@ -49,21 +67,58 @@ private slots:
         QCOMPARE(got, lines);
     }
 
-    // Appended twice, to show that the file is created and then added to.
+    // Appended twice, to show that the file is created and then added to, in the encoding of its mark.
     void append_data()
     {
+        QTest::addColumn<QByteArray>("before");  // null: no file
         QTest::addColumn<QString>("text");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("LF becomes CRLF") << "a\nb\n" << QByteArray("a\r\nb\r\na\r\nb\r\n");
-        QTest::newRow("CRLF and lone CR stay") << "a\r\nb\r" << QByteArray("a\r\nb\ra\r\nb\r");
+        QTest::newRow("LF becomes CRLF") << QByteArray() << "a\nb\n" << QByteArray("a\r\nb\r\na\r\nb\r\n");
+        QTest::newRow("CRLF and lone CR stay") << QByteArray() << "a\r\nb\r" << QByteArray("a\r\nb\ra\r\nb\r");
+        QTest::newRow("GB18030 that is valid UTF-8") << QByteArray("\xCA\xAF\r\n") << QString::fromUtf8("砂\n")
+                                                     << QByteArray("\xCA\xAF\r\n\xC9\xB0\r\n\xC9\xB0\r\n");
+        QTest::newRow("behind a UTF-8 mark") << QByteArray("\xEF\xBB\xBF") << QString::fromUtf8("砂\n")
+                                             << QByteArray("\xEF\xBB\xBF\xE7\xA0\x82\r\n\xE7\xA0\x82\r\n");
     }
     void append()
     {
+        QFETCH(QByteArray, before);
         QFETCH(QString, text);
         QFETCH(QByteArray, bytes);
+        if (!before.isNull()) QVERIFY(putBytes(path("ap.txt"), before));
         QVERIFY(TextFile::append(path("ap.txt"), text));
         QVERIFY(TextFile::append(path("ap.txt"), text));
         QCOMPARE(rawBytes(path("ap.txt")), bytes);
+    }
+
+    // Whatever the umask, the next operator of the group can write what the console made, and what it
+    // replaced: files 0664, folders 2775.
+    void madeGroupWritable()
+    {
+        struct Umask {
+            mode_t old = ::umask(022);
+            ~Umask() { ::umask(old); }
+        } operatorsUmask;
+        const struct {
+            const char* made;
+            std::function<void(const QString&)> make;
+            unsigned mode;
+        } rows[] = {
+            {"f/lines.txt", [](const QString& p) { TextFile::writeLines(p, {"x"}); }, 0664},
+            {"f/old.txt", [](const QString& p) { putBytes(p, "0644"); TextFile::writeLines(p, {"x"}); }, 0664},
+            {"f/log.txt", [](const QString& p) { TextFile::append(p, "x\n"); }, 0664},
+            {"f/p.ini", [](const QString& p) { WriteProfileValue("S", "k", "v", p); }, 0664},
+            {"a/b/c", [](const QString& p) { SharedFiles::makeFolder(p); }, 02775},
+            {"a/b", [](const QString&) {}, 02775},
+            {"a/b/.hidden", [](const QString& p) { AppPaths::setHidden(p.chopped(7) + "c"); }, 0664},
+        };
+        QVERIFY(QDir().mkpath(path("f")));
+        for (const auto& r : rows) {
+            r.make(path(r.made));
+            struct stat st {};
+            const unsigned mode = ::stat(QFile::encodeName(path(r.made)).constData(), &st) == 0 ? st.st_mode & 07777 : 0;
+            QVERIFY2(mode == r.mode, qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(r.made)).arg(mode, 0, 8)));
+        }
     }
 
     // A folder the operator may not write to: a file he may write is rewritten in place, by the profile

@@ -17,6 +17,10 @@
 #include <QLabel>
 #include <QTest>
 
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 void ResetConsoleState()
 {
     StepNo = 444;
@@ -49,6 +53,24 @@ void ResetConsoleState()
     l.LastStep.clear();
     SetDefaultNames();
     ResetErrorLogMemory();
+}
+
+FilesAsUser::FilesAsUser(unsigned uid, unsigned gid)
+{
+    oldMask_ = ::umask(022);
+    if (::geteuid() != 0)
+        return;
+    oldGid_ = ::setfsgid(gid);
+    oldUid_ = ::setfsuid(uid);
+}
+
+FilesAsUser::~FilesAsUser()
+{
+    if (oldUid_ >= 0)
+        ::setfsuid(uid_t(oldUid_));
+    if (oldGid_ >= 0)
+        ::setfsgid(gid_t(oldGid_));
+    ::umask(mode_t(oldMask_));
 }
 
 ConsoleHarness::ConsoleHarness()

@@ -10,6 +10,21 @@
 
 #include <QWidget>
 
+// While this lives, the file accesses of this thread and of the threads it starts are checked as those of
+// another account of the station, with the operators' umask 022, as when another operator saves. Only the
+// superuser can lend them (active() is false otherwise).
+class FilesAsUser {
+public:
+    FilesAsUser(unsigned uid, unsigned gid);
+    ~FilesAsUser();
+    bool active() const { return oldUid_ >= 0; }
+    Q_DISABLE_COPY(FilesAsUser)
+
+private:
+    int oldUid_ = -1, oldGid_ = -1;
+    unsigned oldMask_ = 0;
+};
+
 // Brings the shared store back to the state of a fresh start.
 void ResetConsoleState();
 
