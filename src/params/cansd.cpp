@@ -1,6 +1,7 @@
 #include "params/cansd.h"
 
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/live_data.h"
@@ -239,7 +240,7 @@ void Cansd::loadChecks()
     for (int k = 0; k < 11; ++k)
         checks_[k] = {RangeTest::Always, text(kAlways[k].key, kAlways[k].text), k <= 2 ? s : kg};
 
-    const QString slowFeed = QStringLiteral("请检查!慢速配料值范围为:");
+    const QString slowFeed = OwnText::tr("请检查!慢速配料值范围为:");
     checks_[11] = {RangeTest::WhileVisible, text("CANSD037", "请检查!M2计量落差调整值为:"), kg};
     if (ScaleNo == 10)
         checks_[12] = {RangeTest::WhileVisible, slowFeed, kg};
