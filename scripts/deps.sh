@@ -9,6 +9,8 @@ ccache
 qt6-base-dev
 qt6-base-dev-tools
 qt6-serialport-dev
+qt6-tools-dev
+qt6-l10n-tools
 libgl-dev
 xvfb
 xauth

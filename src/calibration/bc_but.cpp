@@ -1,6 +1,7 @@
 #include "calibration/bc_but.h"
 
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "common/form_access.h"
@@ -19,9 +20,14 @@ namespace {
 constexpr char kGateCode[] = "90765";
 
 // Captions of the scale buttons as the form was designed; at run time they come from ScaleName.
-constexpr const char* kDesignCaptions[14] = {"骨料1秤", "骨料2秤", "骨料3秤", "骨料4秤", "骨料5秤",
-                                             "骨料6秤", "外加粉秤", "水秤",    "水泥秤",  "粉灰秤",
-                                             "矿粉秤",  "外加剂1秤", "外加剂2秤", "外加剂3秤"};
+constexpr const char* kDesignCaptions[14] = {
+    QT_TRANSLATE_NOOP("OwnText", "骨料1秤"),   QT_TRANSLATE_NOOP("OwnText", "骨料2秤"),
+    QT_TRANSLATE_NOOP("OwnText", "骨料3秤"),   QT_TRANSLATE_NOOP("OwnText", "骨料4秤"),
+    QT_TRANSLATE_NOOP("OwnText", "骨料5秤"),   QT_TRANSLATE_NOOP("OwnText", "骨料6秤"),
+    QT_TRANSLATE_NOOP("OwnText", "外加粉秤"),  QT_TRANSLATE_NOOP("OwnText", "水秤"),
+    QT_TRANSLATE_NOOP("OwnText", "水泥秤"),    QT_TRANSLATE_NOOP("OwnText", "粉灰秤"),
+    QT_TRANSLATE_NOOP("OwnText", "矿粉秤"),    QT_TRANSLATE_NOOP("OwnText", "外加剂1秤"),
+    QT_TRANSLATE_NOOP("OwnText", "外加剂2秤"), QT_TRANSLATE_NOOP("OwnText", "外加剂3秤")};
 
 constexpr int kFormWidth = 800, kFormHeight = 560;
 const QColor kChosenScale(192, 0, 0);
@@ -110,7 +116,7 @@ void BcBut::buildMenu()
         const QRect at(22 + 148 * (i % 4), 26 + 78 * (i / 4), 124, 44);
         ImgBd[size_t(i)] =
             addImageButton(PicBcBut[0], IndexedName("ImgBd", i), IndexedName("LblBd", i), at, ButtonSize::Scale,
-                           QString::fromUtf8(kDesignCaptions[i]), [this, i] { scaleClicked(i); });
+                           OwnText::tr(kDesignCaptions[i]), [this, i] { scaleClicked(i); });
     }
     buildNameTabs();
     ImageCNameIni = addImageButton(PicBcBut[1], QStringLiteral("ImageCNameIni"), QStringLiteral("LblCNameIni"),

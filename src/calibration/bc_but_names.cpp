@@ -6,6 +6,7 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 
@@ -13,8 +14,14 @@
 
 namespace {
 // What the bins of a scale are called while the scale itself is not in use.
-constexpr const char* kScaleBases[14] = {"骨料1", "骨料2", "骨料3", "骨料4", "骨料5",   "骨料6",   "外加粉",
-                                         "水秤",  "水泥",  "粉灰",  "矿粉",  "外加剂1", "外加剂2", "外加剂3"};
+constexpr const char* kScaleBases[14] = {
+    QT_TRANSLATE_NOOP("OwnText", "骨料1"),   QT_TRANSLATE_NOOP("OwnText", "骨料2"),
+    QT_TRANSLATE_NOOP("OwnText", "骨料3"),   QT_TRANSLATE_NOOP("OwnText", "骨料4"),
+    QT_TRANSLATE_NOOP("OwnText", "骨料5"),   QT_TRANSLATE_NOOP("OwnText", "骨料6"),
+    QT_TRANSLATE_NOOP("OwnText", "外加粉"),  QT_TRANSLATE_NOOP("OwnText", "水秤"),
+    QT_TRANSLATE_NOOP("OwnText", "水泥"),    QT_TRANSLATE_NOOP("OwnText", "粉灰"),
+    QT_TRANSLATE_NOOP("OwnText", "矿粉"),    QT_TRANSLATE_NOOP("OwnText", "外加剂1"),
+    QT_TRANSLATE_NOOP("OwnText", "外加剂2"), QT_TRANSLATE_NOOP("OwnText", "外加剂3")};
 
 // The scale a bin belongs to and its counter behind "M"; 0 where the scale has one bin and the bin
 // takes the scale's caption as it stands. The second water has a caption of its own.
@@ -98,10 +105,10 @@ void BcBut::rebuildNameCaptions()
         const BinCaption& c = kBinCaptions[i];
         QString caption = unused;
         if (LblCansdName[i]->isEnabled() && c.scale < 0) {
-            caption = QStringLiteral("清水");
+            caption = OwnText::tr("清水");
         } else if (LblCansdName[i]->isEnabled()) {
             const auto s = size_t(c.scale);
-            caption = LblCansd[s]->isEnabled() ? Trim(ScaleName[s]) : QString::fromUtf8(kScaleBases[s]);
+            caption = LblCansd[s]->isEnabled() ? Trim(ScaleName[s]) : OwnText::tr(kScaleBases[s]);
             if (c.counter > 0)
                 caption += QLatin1Char('M') + QString::number(c.counter);
         }
@@ -142,7 +149,7 @@ void BcBut::setScaleNames()
         e = WriteCNameSepIni();
         routine = "WriteCNameSepIni";
     }
-    if (!written(e, routine, QStringLiteral("电子秤名称设定失败!"))) {
+    if (!written(e, routine, OwnText::tr("电子秤名称设定失败!"))) {
         ScaleName = scales;
         BinName = bins;
         LoadCNameIni();
@@ -173,7 +180,7 @@ void BcBut::setBinNames()
                text("BCBUT039", "注意:设定之前必须主从机都要开机且网络连接正常,否则不能同步更改的数据!")))
         return;
     const auto bins = BinName;
-    if (!written(WriteCNameSepIni(), "WriteCNameSepIni", QStringLiteral("料仓名称设定失败!"))) {
+    if (!written(WriteCNameSepIni(), "WriteCNameSepIni", OwnText::tr("料仓名称设定失败!"))) {
         BinName = bins;
         LoadCNameIni();
         return;
@@ -198,15 +205,15 @@ FileError BcBut::WriteCNameSepIni()
 }
 
 // The local file stays as set when the copy fails: the operator is asked to set the names again. These
-// messages, the failed restore and "清水" have no number in the language file and read the same in
-// every language.
+// messages, the failed restore and "清水" have no number in the language file.
 void BcBut::networkCopy()
 {
     const NetCopyResult r = CopyCNameToNetwork();
     if (r.outcome == NetCopy::NoPath)
-        ShowOkBox(QStringLiteral("网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"), true);
+        ShowOkBox(OwnText::tr("网络路径不存在，更改的数据未能同步，请先保证生产控制系统数据能正常同步后再重新设定！"),
+                  true);
     else if (r.outcome == NetCopy::Failed && r.error.number == 52)
-        ShowOkBox(QStringLiteral("网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
+        ShowOkBox(OwnText::tr("网络未联接，更改的数据未能同步，请在网络正常时重新设定！"), true);
     else if (r.outcome == NetCopy::Failed)
         ShowOkBox(QString::number(r.error.number) + QLatin1Char(':') + r.error.description, true);
 }
@@ -217,7 +224,7 @@ void BcBut::restoreFactoryNames()
         return;
     const Restore r = RestoreCNameFromSpool();
     if (r != Restore::Done) {
-        ShowOkBox(QStringLiteral("恢复出厂设定失败!"), true);
+        ShowOkBox(OwnText::tr("恢复出厂设定失败!"), true);
         if (r == Restore::CopyFailed)
             BackupCNameIni();
         return;

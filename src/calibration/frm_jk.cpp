@@ -2,6 +2,7 @@
 
 #include "calibration/cal_records.h"
 #include "common/app_paths.h"
+#include "common/own_text.h"
 
 #include <QDateEdit>
 #include <QHeaderView>
@@ -17,8 +18,11 @@ namespace {
 constexpr int kWidth = 760;
 // Column widths of the design in twips, 15 to the pixel.
 constexpr int kColumnTwips[7] = {1500, 2000, 1500, 1500, 1300, 1300, 1300};
-// The viewer has no section in the language file: its texts read the same in every language.
-constexpr const char* kHeaders[7] = {"秤名称", "标秤时间", "操作员", "具体操作", "AD信号值", "重量值", "砝码值"};
+// The viewer has no section in the language file: its texts are its own.
+constexpr const char* kHeaders[7] = {QT_TRANSLATE_NOOP("OwnText", "秤名称"),   QT_TRANSLATE_NOOP("OwnText", "标秤时间"),
+                                     QT_TRANSLATE_NOOP("OwnText", "操作员"),   QT_TRANSLATE_NOOP("OwnText", "具体操作"),
+                                     QT_TRANSLATE_NOOP("OwnText", "AD信号值"), QT_TRANSLATE_NOOP("OwnText", "重量值"),
+                                     QT_TRANSLATE_NOOP("OwnText", "砝码值")};
 }  // namespace
 
 int OpRecordModel::rowCount(const QModelIndex& parent) const
@@ -66,11 +70,11 @@ void OpRecordModel::clear() { setRecords({}); }
 FrmJk::FrmJk() : FormBase(QStringLiteral("FrmJk"))
 {
 
-    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), QStringLiteral("标秤记录"), {0, 10, kWidth, 36}, 20);
+    lblFormTitle = addTitle(QStringLiteral("lblFormTitle"), OwnText::tr("标秤记录"), {0, 10, kWidth, 36}, 20);
     ImageExit = addImage(this, QStringLiteral("ImageExit"), {kWidth - 44, 10, 32, 32}, ButtonSize::ExitIcon,
                          [this] { unloadLater(); });
 
-    lblDate = addLabel(QStringLiteral("lblDate"), QStringLiteral("日期"), {20, 56, 60, 28});
+    lblDate = addLabel(QStringLiteral("lblDate"), OwnText::tr("日期"), {20, 56, 60, 28});
     lblDate->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     DTPicker1 = new QDateEdit(this);
     DTPicker1->setObjectName(QStringLiteral("DTPicker1"));
@@ -132,7 +136,7 @@ void FrmJk::writeHeaders()
 {
     QStringList headers;
     for (const char* h : kHeaders)
-        headers << QString::fromUtf8(h);
+        headers << OwnText::tr(h);
     model_->setHeaders(headers);
 }
 

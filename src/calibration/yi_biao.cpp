@@ -4,6 +4,7 @@
 #include "calibration/yi_biao_support.h"
 
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/scale_table.h"
@@ -290,7 +291,7 @@ void YIBiao::LoadCaptions()
     Check2[1]->setText(ComText(QStringLiteral("COM015"), QStringLiteral("开启")));
     LblTzxxZeroNote->setText(
         text("YIBIAO028", "说明：开启时，重量显示值在5个分度值内将被跟踪到零，此功能一经设定将对所有电子秤起作用。"));
-    LblTzxxZeroTip->setText(QStringLiteral("零位跟踪功能已更改！"));
+    LblTzxxZeroTip->setText(OwnText::tr("零位跟踪功能已更改！"));
 }
 
 void YIBiao::buildOptionPage()

@@ -2,6 +2,7 @@
 
 #include "common/app_paths.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/profile.h"
 #include "common/vbtext.h"
 
@@ -87,4 +88,5 @@ void LoadLanguageChoice()
                                              QStringLiteral("1"), LangSelFile()));
     ProfileFile = LangTextsFile();
     cache() = LanguageCache{};
+    InstallOwnTranslation();
 }

@@ -1,6 +1,7 @@
 #include "params/cansd.h"
 
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "common/lang.h"

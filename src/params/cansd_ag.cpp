@@ -1,6 +1,7 @@
 #include "params/cansd_ag.h"
 
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/live_data.h"
@@ -53,9 +54,9 @@ void CansdAG::LoadCaptions()
 {
     auto material = [](int m) { return QStringLiteral("M%1 ").arg(m); };
     // These three captions are the form's own: the language file has no entry for them.
-    LblCansd[0]->setText(QStringLiteral("延时检查超差时间"));
-    LblCansd[5]->setText(QStringLiteral("卸料延时控制时间"));
-    LblCansd[6]->setText(QStringLiteral("按键归零范围"));
+    LblCansd[0]->setText(OwnText::tr("延时检查超差时间"));
+    LblCansd[5]->setText(OwnText::tr("卸料延时控制时间"));
+    LblCansd[6]->setText(OwnText::tr("按键归零范围"));
     LblCansd[7]->setText(text("CANSD009", "零位范围"));
     // The blank that glues a language text to a name is not wanted after "M1 ".
     for (int m = 1; m <= 4; ++m) {

@@ -1,6 +1,7 @@
 #include "params/param_block.h"
 
 #include "common/lang.h"
+#include "common/own_text.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
@@ -186,7 +187,7 @@ QList<BoxCheck> boxChecks(int scaleNo)
     auto whileShown = [&](int k, const QString& message) {
         return BoxCheck{rowShown(scaleNo, k) ? RangeTest::Always : RangeTest::Never, message, kg};
     };
-    const QString slowFeed = QStringLiteral("请检查!慢速配料值范围为:");
+    const QString slowFeed = OwnText::tr("请检查!慢速配料值范围为:");
     checks << whileShown(11, text("CANSD037", "请检查!M2计量落差调整值为:"));
     if (scaleNo == 10)
         checks << whileShown(12, slowFeed);

@@ -5,6 +5,7 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/frame_codec.h"
@@ -34,9 +35,9 @@ constexpr OptionRow kOptionRows[] = {
     {2, "CANSD019", "补称功能选择：", "COM014", "关闭", "COM015", "开启", 2, 2},
     {3, "CANSD020", "扣称功能选择：", "COM014", "关闭", "COM015", "开启", 3, 3},
     {4, "CANSD021", "记录方式选择：", "CANSD025", "记录方式二", "CANSD026", "记录方式一", 4, 4},
-    {5, nullptr, "标定方式选择", nullptr, "S505 ON", nullptr, "S505 OFF", -1, -1},
+    {5, nullptr, QT_TRANSLATE_NOOP("OwnText", "标定方式选择"), nullptr, "S505 ON", nullptr, "S505 OFF", -1, -1},
     {6, "CANSD022", "重量变动检测方式：", "COM014", "关闭", "COM015", "开启", 5, 5},
-    {7, nullptr, "S507调整方式", nullptr, "S507 ON", nullptr, "S507 OFF", -1, -1},
+    {7, nullptr, QT_TRANSLATE_NOOP("OwnText", "S507调整方式"), nullptr, "S507 ON", nullptr, "S507 OFF", -1, -1},
 };
 
 int hexNibble(const QString& t, bool first)
@@ -92,7 +93,7 @@ void ParamEditor::loadOptionCaptions()
     for (const OptionRow& r : kOptionRows) {
         auto pick = [this](const char* key, const char* deflt) {
             if (!key)
-                return QString::fromUtf8(deflt);
+                return OwnText::tr(deflt);
             if (QByteArray(key).startsWith("COM"))
                 return ComText(QLatin1String(key), QString::fromUtf8(deflt));
             return text(key, deflt);

@@ -3,6 +3,7 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
@@ -129,8 +130,8 @@ void Factory::factoryClicked()
     const QString frame = GetWrite_TSCMXY(QLatin1String(kFactoryBit), BitOperand(QLatin1String(kFactoryBit)), 4);
     SendFlag = true;
     send_recieve(frame);
-    // The language file has no number for this line: it reads the same in every language.
-    setStatus(LbLCssdS, QStringLiteral("正在出厂设置,请稍候..."), false);
+    // The language file has no number for this line.
+    setStatus(LbLCssdS, OwnText::tr("正在出厂设置,请稍候..."), false);
 }
 
 void Factory::returnClicked()

@@ -1,6 +1,7 @@
 #include "plant/plant_blocks.h"
 
 #include "common/lang.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/live_data.h"
@@ -42,8 +43,8 @@ int sensorDecimals(int i) { return ScaleDecimals.at(size_t(i)); }
 // The upper bound keeps the register below 30000 whatever the decimals: "300" and 2 - d zeros.
 QString sensorUpper(int d) { return QStringLiteral("300") + QString(std::max(0, 2 - d), QLatin1Char('0')); }
 
-const char* const kDecelMessages[2] = {"请检查!上升提前减速脉冲数的输入范围为:",
-                                       "请检查!下降提前减速脉冲数的输入范围为:"};
+const char* const kDecelMessages[2] = {QT_TRANSLATE_NOOP("OwnText", "请检查!上升提前减速脉冲数的输入范围为:"),
+                                       QT_TRANSLATE_NOOP("OwnText", "请检查!下降提前减速脉冲数的输入范围为:")};
 
 BlockField number(const QString& key, const QString& caption, int decimals, const QString& format, bool written = true,
                   bool shown = true)
@@ -107,7 +108,7 @@ BlockFault faultOf(const QString& id, const QList<double>& v, const QList<bool>&
     } else if (id == kHoistId) {
         for (int i = 3; i < 5 && i < v.size(); ++i) {
             if (judge(i) && (v[i] < kDecelLow || v[i] > kDecelHigh))
-                return {i, QString::fromUtf8(kDecelMessages[i - 3]) + PlantBlocks::rangeText(id, i)};
+                return {i, OwnText::tr(kDecelMessages[i - 3]) + PlantBlocks::rangeText(id, i)};
         }
     }
     return {};
@@ -124,12 +125,13 @@ QString vibratorTitle(int scale)
     return lang("LANZDTIMEFORM", "ZDTIME009", "备用振动器");
 }
 
-// The captions are the form's own and read the same in every language.
+// The captions are the form's own: they have no number in the language file.
 QString vibratorCaption(int field)
 {
-    static const char* const kFour[4] = {"计量振动间歇时间", "计量振动时间", "卸料振动间歇时间", "卸料振动时间"};
-    static const char* const kTwo[2] = {"间歇时间", "振动时间"};
-    return QString::fromUtf8(field < 20 ? kFour[field % 4] : kTwo[field % 2]);
+    static const char* const kFour[4] = {QT_TRANSLATE_NOOP("OwnText", "计量振动间歇时间"), QT_TRANSLATE_NOOP("OwnText", "计量振动时间"),
+                                         QT_TRANSLATE_NOOP("OwnText", "卸料振动间歇时间"), QT_TRANSLATE_NOOP("OwnText", "卸料振动时间")};
+    static const char* const kTwo[2] = {QT_TRANSLATE_NOOP("OwnText", "间歇时间"), QT_TRANSLATE_NOOP("OwnText", "振动时间")};
+    return OwnText::tr(field < 20 ? kFour[field % 4] : kTwo[field % 2]);
 }
 
 bool fieldInUse(const QString& id, int field)
@@ -170,7 +172,7 @@ BlockLayout layout(const QString& id)
             l.fields << number(QStringLiteral("t%1").arg(i), lang("LANOTHERFORM", kTimes[i].key, kTimes[i].caption), 1,
                                QString(), true, i < 4);
     } else if (id == kVibId) {
-        l.title = QStringLiteral("振动器振动时间设定");
+        l.title = OwnText::tr("振动器振动时间设定");
         for (int i = 0; i < kVibFields; ++i) {
             QString caption = vibratorCaption(i);
             for (const VibratorGroup& g : kVibratorGroups)

@@ -3,6 +3,7 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/vbtext.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
@@ -180,7 +181,7 @@ YiBiaoAdvance::YiBiaoAdvance() : FormBase(QStringLiteral("YiBiaoAdvance"))
 }
 
 // The error texts, the range and set questions and the progress line of this form have no number in the
-// language file: they read the same in every language.
+// language file: they are its own texts.
 QString YiBiaoAdvance::text(const char* key, const char* deflt) const
 {
     return LangText(QStringLiteral("LANYIBIAOADVAFORM"), QLatin1String(key), QString::fromUtf8(deflt));
@@ -268,7 +269,7 @@ void YiBiaoAdvance::loadCaptions()
     ImgBdCancel.setText(text("YIBIAOADVA017", "取消标定"));
     ImgBdOk.setText(ComText(QStringLiteral("COM001"), QStringLiteral("确 定")));
     ImgReturn.setText(ComText(QStringLiteral("COM003"), QStringLiteral("返回")));
-    Check1->setText(QStringLiteral("模拟提升"));
+    Check1->setText(OwnText::tr("模拟提升"));
 }
 
 void YiBiaoAdvance::showEvent(QShowEvent* e)
@@ -413,8 +414,7 @@ void YiBiaoAdvance::statusChanged()
     }
     if (!done && !failed) {
         setStatus(LbLBZwc,
-                  BcStart ? QStringLiteral("提升斗标定错误，请重新标定!")
-                          : QStringLiteral("提升斗取消标定错误，请重新尝试!"),
+                  BcStart ? OwnText::tr("提升斗标定错误，请重新标定!") : OwnText::tr("提升斗取消标定错误，请重新尝试!"),
                   false);
         StartPoll();
     }
@@ -443,7 +443,7 @@ void YiBiaoAdvance::okClicked()
 {
     if (!decelInRange())
         return;
-    if (ask(QStringLiteral("是否设定当前参数?")))
+    if (ask(OwnText::tr("是否设定当前参数?")))
         WriteDecel();
 }
 
@@ -457,7 +457,7 @@ void YiBiaoAdvance::WriteDecel()
     HoistParamSaved = false;
     send_recieve(frame);
     const bool wasShown = !LbLCssdS->isHidden();
-    setStatus(LbLCssdS, QStringLiteral("正在设定参数,请稍候......"), false);
+    setStatus(LbLCssdS, OwnText::tr("正在设定参数,请稍候......"), false);
     LbLCssdS->setVisible(wasShown);
 }
 

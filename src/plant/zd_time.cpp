@@ -3,6 +3,8 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
+#include "common/own_text.h"
+#include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
@@ -32,8 +34,11 @@ constexpr GroupPlace kGroupPlaces[] = {{0, 0, 14}, {0, 1, 14}, {0, 0, 184}, {0, 
                                        {1, 0, 14}, {1, 1, 14}, {1, 1, 124}, {1, 1, 234}};
 static_assert(std::size(kGroupPlaces) == std::size(PlantBlocks::kVibratorGroups));
 // Titles as the form was designed; at run time they come from the scale names.
-constexpr const char* kDesignTitles[] = {"骨料3振动器",    "骨料4振动器",    "骨料5振动器",    "骨料6振动器",
-                                         "外加粉振动器",   "水泥卸料振动器", "粉灰卸料振动器", "矿粉卸料振动器"};
+constexpr const char* kDesignTitles[] = {
+    QT_TRANSLATE_NOOP("OwnText", "骨料3振动器"),    QT_TRANSLATE_NOOP("OwnText", "骨料4振动器"),
+    QT_TRANSLATE_NOOP("OwnText", "骨料5振动器"),    QT_TRANSLATE_NOOP("OwnText", "骨料6振动器"),
+    QT_TRANSLATE_NOOP("OwnText", "外加粉振动器"),   QT_TRANSLATE_NOOP("OwnText", "水泥卸料振动器"),
+    QT_TRANSLATE_NOOP("OwnText", "粉灰卸料振动器"), QT_TRANSLATE_NOOP("OwnText", "矿粉卸料振动器")};
 
 QString rangeOf(int i) { return PlantBlocks::rangeText(QLatin1String(kVibratorBlock), i); }
 QString defaultOf(int i)
@@ -144,19 +149,19 @@ QString ZDTime::text(const char* key, const char* deflt) const
 void ZDTime::loadCaptions()
 {
     // The language file has numbers for the six texts of the vibrator titles and the messages only; the
-    // title, tabs and field captions are the form's own and read the same in every language.
-    const QString title = QStringLiteral("振动器振动时间设定");
+    // title, tabs and field captions are the form's own.
+    const QString title = OwnText::tr("振动器振动时间设定");
     setWindowTitle(title);
     lblFormTitle->setText(title);
-    ImgBd[0].setText(QStringLiteral("骨料振动器"));
-    ImgBd[1].setText(QStringLiteral("粉料振动器"));
-    const QString second = QStringLiteral("秒");
+    ImgBd[0].setText(OwnText::tr("骨料振动器"));
+    ImgBd[1].setText(OwnText::tr("粉料振动器"));
+    const QString second = OwnText::tr("秒");
     for (int i = 0; i < kFields; ++i) {
         LblCansd[i]->setText(PlantBlocks::vibratorCaption(i));
         Label2[i]->setText(second);
     }
     for (size_t k = 0; k < std::size(kDesignTitles); ++k)
-        lblTitleName[size_t(PlantBlocks::kVibratorGroups[k].scale)]->setText(QString::fromUtf8(kDesignTitles[k]));
+        lblTitleName[size_t(PlantBlocks::kVibratorGroups[k].scale)]->setText(OwnText::tr(kDesignTitles[k]));
     ImgBdOk.setText(ComText(QStringLiteral("COM001"), QStringLiteral("确 定")));
     cmdDefault.setText(ComText(QStringLiteral("COM006"), QStringLiteral("初始化参数")));
     cmdDefault.image->setToolTip(ComText(QStringLiteral("COM027"), QStringLiteral("设置出厂默认的经验值")));

@@ -529,8 +529,9 @@ private slots:
         QTest::newRow("unused scale") << 1 << QStringList() << "LblCansd(4)" << "未使用" << false;
         QTest::newRow("scale label") << 1 << QStringList{"scale:0= 砂 "} << "LblCansd(0)" << "砂" << true;
         QTest::newRow("English: unused") << 2 << QStringList() << "LblCansdName(4)" << "Unused" << false;
-        // No number in the language file: the same in every language.
-        QTest::newRow("English: second water") << 2 << QStringList{"bin:21=水2"} << "LblCansdName(21)" << "清水" << true;
+        // No number in the language file: its English is the program's own.
+        QTest::newRow("English: second water") << 2 << QStringList{"bin:21=水2"} << "LblCansdName(21)"
+                                               << "Clear water" << true;
     }
 
     void captions()

@@ -519,7 +519,7 @@ private slots:
         QCOMPARE(label("txtTip(0)")->isVisible(), help);
     }
 
-    // Rows 0, 5 and 6 of the aggregate editor keep the form's own captions in every language.
+    // Rows 0, 5 and 6 of the aggregate editor have captions of its own, which have no number in the language file.
     void aggregateEditorCaptionsInEnglish()
     {
         LangNo = 2;
@@ -528,8 +528,8 @@ private slots:
         QStringList captions;
         for (int k : {0, 1, 5, 6, 7})
             captions << Ctl<QLabel>(form, QStringLiteral("LblCansd(%1)").arg(k))->text();
-        QCOMPARE(captions, (QStringList{"延时检查超差时间", "M1 Top-up pulse time", "卸料延时控制时间", "按键归零范围",
-                                        "Zero range"}));
+        QCOMPARE(captions, (QStringList{"Tolerance check delay", "M1 Top-up pulse time", "Discharge delay time",
+                                        "Key zeroing range", "Zero range"}));
     }
 
 private:

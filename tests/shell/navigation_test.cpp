@@ -37,8 +37,7 @@ private slots:
         delete h;
     }
 
-    // steps: "Form:control" clicks a control of a showing form, "Form:control=text" types into a box,
-    // "open:Form" shows a form that no menu opens, "hidden:Form": the hub has stepped aside.
+    // steps: see Walk.
     void walk_data()
     {
         QTest::addColumn<QStringList>("steps");
@@ -135,28 +134,10 @@ private slots:
         QFETCH(QStringList, steps);
         QFETCH(QStringList, shownAtEnd);
         QFETCH(QStringList, goneAtEnd);
-        login();
-        for (const QString& step : steps) {
-            if (step.startsWith(QLatin1String("open:"))) {
-                Forms::show(step.mid(5));
-                continue;
-            }
-            if (step.startsWith(QLatin1String("hidden:"))) {
-                QTRY_VERIFY2(!shown(step.mid(7)), qPrintable(step.mid(7) + QStringLiteral(" is still showing")));
-                continue;
-            }
-            const QString form = step.section(QLatin1Char(':'), 0, 0);
-            const QString control = step.section(QLatin1Char(':'), 1).section(QLatin1Char('='), 0, 0);
-            QTRY_VERIFY2(shown(form), qPrintable(form + QStringLiteral(" is not showing before ") + step));
-            QWidget* w = Ctl(Forms::loaded(form), control);
-            QVERIFY2(w, qPrintable(step + QStringLiteral(": no such control")));
-            if (step.contains(QLatin1Char('='))) {
-                qobject_cast<QLineEdit*>(w)->setText(step.section(QLatin1Char('='), 1));
-                continue;
-            }
-            QTRY_VERIFY2(w->isVisible(), qPrintable(step + QStringLiteral(": the control is not showing")));
-            ClickOn(w);
-        }
+        LogIn();
+        Walk(steps);
+        if (QTest::currentTestFailed())
+            return;
         for (const QString& f : shownAtEnd)
             QTRY_VERIFY2(shown(f), qPrintable(f + QStringLiteral(" is not showing")));
         // A form that was left by its return is gone, so that its next entry starts afresh.
@@ -168,16 +149,6 @@ private slots:
     }
 
 private:
-    void login()
-    {
-        auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
-        QVERIFY(plc->load());
-        plc->show();
-        plc->txtPassword->setText(QStringLiteral("48213"));
-        plc->cmdOk();
-        QVERIFY(plc->FraCeng[0]->isVisible());
-    }
-
     ConsoleHarness* h = nullptr;
     MbAnswerer* mb = nullptr;
 };

@@ -4,17 +4,20 @@
 #include "common/app_paths.h"
 #include "common/error_log.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
 #include "common/form_access.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
 #include "plcsim/sim_port.h"
+#include "shell/plc_form.h"
 #include "shell/single_instance.h"
 
 #include <QAbstractButton>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QTest>
 
 #include <sys/fsuid.h>
@@ -76,6 +79,7 @@ FilesAsUser::~FilesAsUser()
 ConsoleHarness::ConsoleHarness()
 {
     AppPaths::setAppFolder(dir.path());
+    InstallOwnTranslation();
     ResetConsoleState();
     sim.setLiveModel(false);
     sim.setNoise(false);
@@ -152,6 +156,53 @@ void MbAnswerer::poll()
 QColor TextColor(QWidget* label) { return label->palette().color(QPalette::WindowText); }
 
 void ClickOn(QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, w->rect().center()); }
+
+void LogIn()
+{
+    auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));
+    QVERIFY(plc->load());
+    plc->show();
+    plc->txtPassword->setText(QStringLiteral("48213"));
+    plc->cmdOk();
+    QVERIFY(plc->FraCeng[0]->isVisible());
+}
+
+namespace {
+bool shown(const QString& form)
+{
+    QWidget* w = Forms::loaded(form);
+    return w && w->isVisible();
+}
+}  // namespace
+
+void Walk(const QStringList& steps)
+{
+    for (const QString& step : steps) {
+        if (step.startsWith(QLatin1String("open:"))) {
+            Forms::show(step.mid(5));
+            continue;
+        }
+        if (step.startsWith(QLatin1String("hidden:"))) {
+            QTRY_VERIFY2(!shown(step.mid(7)), qPrintable(step.mid(7) + QStringLiteral(" is still showing")));
+            continue;
+        }
+        if (step == QLatin1String("idle")) {
+            QTRY_VERIFY2(SendFlag && !Link().Timer2.isActive(), "the link stays busy");
+            continue;
+        }
+        const QString form = step.section(QLatin1Char(':'), 0, 0);
+        const QString control = step.section(QLatin1Char(':'), 1).section(QLatin1Char('='), 0, 0);
+        QTRY_VERIFY2(shown(form), qPrintable(form + QStringLiteral(" is not showing before ") + step));
+        QWidget* w = Ctl(Forms::loaded(form), control);
+        QVERIFY2(w, qPrintable(step + QStringLiteral(": no such control")));
+        if (step.contains(QLatin1Char('='))) {
+            qobject_cast<QLineEdit*>(w)->setText(step.section(QLatin1Char('='), 1));
+            continue;
+        }
+        QTRY_VERIFY2(w->isVisible(), qPrintable(step + QStringLiteral(": the control is not showing")));
+        ClickOn(w);
+    }
+}
 
 QString Frame(const QString& body)
 {

@@ -82,3 +82,11 @@ template <class T = QWidget> T* Ctl(QWidget* form, const QString& name) { return
 QColor TextColor(QWidget* label);
 // Simulated click on a widget (press at its centre).
 void ClickOn(QWidget* w);
+
+// Logs in at the main form with the console's access code, as the operator does.
+void LogIn();
+// Walks through the console as an operator clicks it. A step "Form:control" clicks a control of a showing
+// form, "Form:control=text" types into a box, "open:Form" shows a form that no menu opens, "hidden:Form"
+// waits until the form has stepped aside, "idle" until the link has no request out. A step that cannot
+// be made fails the test.
+void Walk(const QStringList& steps);

@@ -9,6 +9,7 @@
 #include "common/app_paths.h"
 #include "common/form_access.h"
 #include "common/module1.h"
+#include "common/own_text.h"
 #include "common/scale_table.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
@@ -102,10 +103,14 @@ QWidget* login(bool enter)
 
 QWidget* menu(short mode, bool gatePassed)
 {
-    MenuMode = mode;
+    // Opened by the main menu's button, which gives the menu its title in the language of the run.
+    QWidget* plc = login(true);
+    CNameMissing = false;  // the login read the names anew, from a folder that has no names file
     GatePassed = gatePassed;
-    MenuTitle = mode == 0 ? QStringLiteral("电子秤调校") : QStringLiteral("电子秤参数设定");
-    return show(QStringLiteral("BcBut"));
+    click(plc, QStringLiteral("LblSel(%1)").arg(mode));
+    QWidget* f = Forms::loaded(QStringLiteral("BcBut"));
+    settle();
+    return f;
 }
 
 QWidget* tab(QWidget* form, const QString& caption)
@@ -264,6 +269,7 @@ int main(int argc, char** argv)
     const QString out = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
     QDir().mkpath(out);
     InstallAppLook(app);
+    InstallOwnTranslation();
 
     QTemporaryDir dir;
     gAppFolder = dir.path();
