@@ -25,5 +25,4 @@ protected:
 private:
     void LoadLimits();
     void loadChecks();
-    QString fallCaption_;
 };

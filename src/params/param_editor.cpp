@@ -413,18 +413,12 @@ bool ParamEditor::failBox(int k, const QString& message)
 bool ParamEditor::EnterChecked(const QStringList& low, const QStringList& high)
 {
     try {
-        for (int k = 0; k < TxtDCansd.size(); ++k) {
-            const BoxCheck& c = checks_[k];
-            if (c.test == RangeTest::Never || (c.test == RangeTest::WhileVisible && TxtDCansd[k]->isHidden()))
-                continue;
-            const double v = Val(TxtDCansd[k]->text());
-            if (Val(high.value(k)) < v || Val(low.value(k)) > v)
-                return failBox(k, c.message + QLatin1Char('(') + low.value(k) + QLatin1Char('-') + high.value(k) +
-                                      c.ending);
-        }
-        for (const Relation& r : relations_)
-            if (Val(TxtDCansd[r.low]->text()) < Val(TxtDCansd[r.high]->text()))
-                return failBox(r.high, r.text);
+        QList<double> shown;
+        for (const QLineEdit* box : TxtDCansd)
+            shown << Val(box->text());
+        const BlockFault fault = ParamBlock::firstFault(shown, low, high, checks_, relations_);
+        if (!fault.ok())
+            return failBox(fault.field, fault.message);
         return true;
     } catch (const VbError& e) {
         LogProgramError(QStringLiteral("Cansd"), QStringLiteral("EnterChecked"), QString::number(e.number),

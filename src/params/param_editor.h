@@ -2,7 +2,7 @@
 // What the two parameter editors share: the boxes with their key filter, range mark and help pop-up,
 // the blocking check before a write, the one-block write, the option page and the question on return.
 // Each editor supplies its rows, formats, limits and messages as data.
-#include "params/limits.h"
+#include "params/param_block.h"
 #include "shell/form_base.h"
 
 #include <QList>
@@ -11,22 +11,6 @@
 class QCheckBox;
 class QFrame;
 class QLineEdit;
-
-// When the blocking check tests a box's range.
-enum class RangeTest { Always, WhileVisible, Never };
-
-struct BoxCheck {
-    RangeTest test = RangeTest::Always;
-    QString message;  // followed by "(", low, "-", high and the ending
-    QString ending;   // ")S" or ")Kg"
-};
-
-// A relation fails when Val(box low) < Val(box high): the second must not exceed the first.
-struct Relation {
-    int low;
-    int high;
-    QString text;
-};
 
 // What a click on a box does besides taking the box as the current one.
 enum class BoxHelp { Show, HideTip, Nothing };

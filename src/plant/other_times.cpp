@@ -10,6 +10,7 @@
 #include "link/link_engine.h"
 #include "link/register_map.h"
 #include "plant/other_layout.h"
+#include "plant/plant_blocks.h"
 #include "shell/key_filter.h"
 
 #include <QCheckBox>
@@ -198,34 +199,27 @@ void Other::ReadTimes()
 
 void Other::okClicked()
 {
-    const QString failText = text("OTHER059", "请检查!时间设定的输入范围为：");
-    auto refuse = [&](const QString& range) {
-        MbText = failText + range;
+    QList<double> shown;
+    for (const QLineEdit* box : TxtDCansd)
+        shown << Val(box->text());
+    const BlockFault fault = PlantBlocks::checkShown(QLatin1String(kTimesBlock), shown);
+    if (!fault.ok()) {
+        const int i = fault.field;
+        MbText = fault.message;
         MbIsOk = true;
         MbIsError = false;
         ShowMbQuestion();
         MbResult = false;
-    };
-    for (int i = 0; i < 6; ++i) {
-        const TimeRow& r = kTimes[i];
-        const double v = Val(TxtDCansd[i]->text());
-        if (v < r.low || v > r.high) {
-            refuse(QLatin1String(r.range));
-            ImgBd_Click(r.tab);
+        // The last guard leaves the tab as it is.
+        if (fault.rule == 0) {
+            ImgBd_Click(kTimes[i].tab);
             if (i <= 4)
-                SelectTab(r.tab);
-            // A field the operator cannot see cannot take the focus either.
-            if (TxtDCansd[i]->isVisible())
-                TxtDCansd[i]->setFocus(Qt::OtherFocusReason);
-            return;
+                SelectTab(kTimes[i].tab);
         }
-        // The last guard: no time of the plant goes beyond a minute.
-        if (v < 0 || v > 60) {
-            refuse(QStringLiteral("(0-60)S"));
-            if (TxtDCansd[i]->isVisible())
-                TxtDCansd[i]->setFocus(Qt::OtherFocusReason);
-            return;
-        }
+        // A field the operator cannot see cannot take the focus either.
+        if (TxtDCansd[i]->isVisible())
+            TxtDCansd[i]->setFocus(Qt::OtherFocusReason);
+        return;
     }
     MbText = text("OTHER060", "是否设定当前时间配置?");
     MbIsOk = false;

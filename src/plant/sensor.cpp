@@ -8,6 +8,7 @@
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
+#include "plant/plant_blocks.h"
 #include "shell/key_filter.h"
 
 #include <QCursor>
@@ -24,10 +25,7 @@ constexpr int kPanelTop = 96;
 constexpr int kRows = 7;
 
 int decimalsOf(int i) { return ScaleDecimals.at(size_t(i)); }
-
-// The upper bound keeps the register below 30000 whatever the decimals: "300" and 2 - d zeros.
-QString upperBound(int d) { return QStringLiteral("300") + QString(std::max(0, 2 - d), QLatin1Char('0')); }
-QString rangeText(int d) { return QStringLiteral("(0-") + upperBound(d) + QStringLiteral("kg)"); }
+QString rangeText(int i) { return PlantBlocks::rangeText(QLatin1String(kSensorBlock), i); }
 
 // Six characters for what the operator types or pastes; a value the form writes (a negative read, a
 // reformatted one) is shown whole.
@@ -110,7 +108,7 @@ void Sensor::loadCaptions()
 void Sensor::loadNames()
 {
     for (int i = 0; i < 14; ++i) {
-        const bool spare = Trim(ScaleName.at(size_t(i))).isEmpty();
+        const bool spare = !PlantBlocks::fieldInUse(QLatin1String(kSensorBlock), i);
         TxtDCansd[size_t(i)]->setEnabled(!spare);
         LblCansd[size_t(i)]->setEnabled(!spare);
         LblCansd[size_t(i)]->setText(spare ? ComText(QStringLiteral("COM007"), QStringLiteral("备用"))
@@ -124,7 +122,7 @@ void Sensor::FormatSensorFields()
     for (int i = 0; i < 14; ++i) {
         const int d = decimalsOf(i);
         QLineEdit* box = TxtDCansd[size_t(i)];
-        box->setToolTip(prefix + rangeText(d));
+        box->setToolTip(prefix + rangeText(i));
         box->setText(Format(Val(box->text()), WeightFormat(d)));
     }
 }
@@ -173,17 +171,17 @@ bool Sensor::eventFilter(QObject* watched, QEvent* event)
 
 void Sensor::okClicked()
 {
-    for (int i = 0; i < 14; ++i) {
-        const int d = decimalsOf(i);
-        const double v = Val(TxtDCansd[size_t(i)]->text());
-        if (v > Val(upperBound(d)) || v < 0) {
-            MbText = text("SENSOR003", "请检查!传感器配置设定的输入范围为:") + rangeText(d);
-            MbIsOk = true;
-            MbIsError = false;
-            ShowMbQuestion();
-            TxtDCansd[size_t(i)]->setFocus();
-            return;
-        }
+    QList<double> shown;
+    for (const QLineEdit* box : TxtDCansd)
+        shown << Val(box->text());
+    const BlockFault fault = PlantBlocks::checkShown(QLatin1String(kSensorBlock), shown);
+    if (!fault.ok()) {
+        MbText = fault.message;
+        MbIsOk = true;
+        MbIsError = false;
+        ShowMbQuestion();
+        TxtDCansd[size_t(fault.field)]->setFocus();
+        return;
     }
     for (int i = 0; i < 14; ++i) {
         const int d = decimalsOf(i);

@@ -7,6 +7,7 @@
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
+#include "plant/plant_blocks.h"
 #include "shell/key_filter.h"
 
 #include <QCheckBox>
@@ -22,7 +23,7 @@ namespace {
 constexpr int kFormWidth = 740;
 constexpr int kPageTop = 96;
 constexpr QSize kPageSize(720, 340);
-const QString kDecelRange = QStringLiteral("(100-2000)");
+const QString kDecelRange = PlantBlocks::rangeText(QLatin1String(kHoistPulses), 3);
 const QRect kRailArea(250, 40, 250, 270);
 const QSize kSkipSize(44, 36);
 
@@ -417,22 +418,25 @@ void YiBiaoAdvance::statusChanged()
 
 // ---- the deceleration distances ----
 
-bool YiBiaoAdvance::decelInRange(int i, const QString& question)
+bool YiBiaoAdvance::decelInRange()
 {
-    const double v = Val(txtPulseNum[size_t(i)]->text());
-    if (v >= 100 && v <= 2000)
+    QList<double> shown;
+    for (const QLabel* count : LblPulseNum)
+        shown << Val(count->text());
+    shown[3] = Val(txtPulseNum[0]->text());
+    shown[4] = Val(txtPulseNum[1]->text());
+    const BlockFault fault = PlantBlocks::checkShown(QLatin1String(kHoistPulses), shown);
+    if (fault.ok())
         return true;
     // A question, not an OK box: Yes takes the operator to the field.
-    if (ask(question + kDecelRange))
-        txtPulseNum[size_t(i)]->setFocus();
+    if (ask(fault.message))
+        txtPulseNum[size_t(fault.field - 3)]->setFocus();
     return false;
 }
 
 void YiBiaoAdvance::okClicked()
 {
-    if (!decelInRange(0, QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:")))
-        return;
-    if (!decelInRange(1, QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:")))
+    if (!decelInRange())
         return;
     if (ask(QStringLiteral("是否设定当前参数?")))
         WriteDecel();

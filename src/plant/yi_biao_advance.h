@@ -48,7 +48,7 @@ private:
     void cancelClicked();
     void statusChanged();
     void okClicked();
-    bool decelInRange(int i, const QString& question);
+    bool decelInRange();
     void returnClicked();
 
     QLabel* lblFormTitle = nullptr;

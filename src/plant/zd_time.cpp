@@ -3,11 +3,11 @@
 #include "common/form_access.h"
 #include "common/lang.h"
 #include "common/module1.h"
-#include "common/scale_table.h"
 #include "common/vbtext.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
+#include "plant/plant_blocks.h"
 #include "shell/key_filter.h"
 
 #include <QFrame>
@@ -22,27 +22,25 @@ constexpr int kGroupWidth = 364, kRowStep = 30;
 constexpr int kFields = 28;
 constexpr int kMaxChars = 6;
 
-// Each vibrator: the scale it belongs to, its first and last field, and where its group sits.
-struct Vibrator {
-    int scale;
-    int first;
-    int last;
+// Where each vibrator's group sits, in the order of PlantBlocks::kVibratorGroups.
+struct GroupPlace {
     int tab;
     int column;
     int top;
 };
-constexpr Vibrator kVibrators[] = {
-    {2, 0, 3, 0, 0, 14},   {3, 4, 7, 0, 1, 14},    {4, 8, 11, 0, 0, 184},  {5, 12, 15, 0, 1, 184},
-    {6, 16, 19, 1, 0, 14}, {8, 20, 21, 1, 1, 14},  {9, 22, 23, 1, 1, 124}, {10, 24, 25, 1, 1, 234},
-};
+constexpr GroupPlace kGroupPlaces[] = {{0, 0, 14}, {0, 1, 14}, {0, 0, 184}, {0, 1, 184},
+                                       {1, 0, 14}, {1, 1, 14}, {1, 1, 124}, {1, 1, 234}};
+static_assert(std::size(kGroupPlaces) == std::size(PlantBlocks::kVibratorGroups));
 // Titles as the form was designed; at run time they come from the scale names.
 constexpr const char* kDesignTitles[] = {"骨料3振动器",    "骨料4振动器",    "骨料5振动器",    "骨料6振动器",
                                          "外加粉振动器",   "水泥卸料振动器", "粉灰卸料振动器", "矿粉卸料振动器"};
 
-// Even fields are pauses, odd ones vibration times.
-double lowOf(int i) { return i % 2 == 0 ? 1 : 0; }
-QString rangeOf(int i) { return i % 2 == 0 ? QStringLiteral("(1-60)S") : QStringLiteral("(0-60)S"); }
-QString defaultOf(int i) { return i % 2 == 0 ? QStringLiteral("3") : (i < 16 ? QStringLiteral("6") : QStringLiteral("1")); }
+QString rangeOf(int i) { return PlantBlocks::rangeText(QLatin1String(kVibratorBlock), i); }
+QString defaultOf(int i)
+{
+    static const QList<int> raw = PlantBlocks::defaults(QLatin1String(kVibratorBlock));
+    return NumText(raw.value(i) / 10.0);
+}
 // Fields 26 and 27 belong to no tab.
 int tabOf(int i) { return i < 16 ? 0 : (i < 26 ? 1 : -1); }
 
@@ -87,11 +85,13 @@ ZDTime::ZDTime() : FormBase(QStringLiteral("ZDTime"))
         TxtDCansd[i] = box;
         Label2[i] = addLabel(IndexedName("Label2", i), QString(), {x + 292, y, 50, 26}, parent);
     };
-    for (const Vibrator& v : kVibrators) {
-        auto* group = new QFrame(PicZDTime[size_t(v.tab)]);
+    for (size_t g = 0; g < std::size(kGroupPlaces); ++g) {
+        const PlantBlocks::VibratorGroup& v = PlantBlocks::kVibratorGroups[g];
+        const GroupPlace& place = kGroupPlaces[g];
+        auto* group = new QFrame(PicZDTime[size_t(place.tab)]);
         group->setObjectName(IndexedName("FraZD", v.scale));
         const int rows = v.last - v.first + 1;
-        group->setGeometry(16 + 380 * v.column, v.top, kGroupWidth, 40 + kRowStep * rows);
+        group->setGeometry(16 + 380 * place.column, place.top, kGroupWidth, 40 + kRowStep * rows);
         group->setStyleSheet(QStringLiteral("QFrame#FraZD\\(%1\\) { border: 1px solid #c5d3e6; border-radius: 6px; }")
                                  .arg(v.scale));
         QLabel* title = addLabel(IndexedName("lblTitleName", v.scale), QString(), {12, 6, kGroupWidth - 24, 26}, group);
@@ -116,18 +116,16 @@ ZDTime::ZDTime() : FormBase(QStringLiteral("ZDTime"))
 
     // Load
     loadCaptions();
-    for (const Vibrator& v : kVibrators) {
+    for (const PlantBlocks::VibratorGroup& v : PlantBlocks::kVibratorGroups) {
         const size_t s = size_t(v.scale);
-        if (!ScaleName[s].isEmpty() && ScaleVibrator[s] == 1) {
-            lblTitleName[s]->setText(ScaleName[s] + text("ZDTIME008", "振动器"));
+        lblTitleName[s]->setText(PlantBlocks::vibratorTitle(v.scale));
+        if (PlantBlocks::fieldInUse(QLatin1String(kVibratorBlock), v.first))
             continue;
-        }
         for (int i = v.first; i <= v.last; ++i) {
             TxtDCansd[i]->setEnabled(false);
             LblCansd[i]->setEnabled(false);
         }
         lblTitleName[s]->setEnabled(false);
-        lblTitleName[s]->setText(text("ZDTIME009", "备用振动器"));
     }
     SelectTab(0);
     const QString hint = ComText(QStringLiteral("COM023"), QStringLiteral("输入范围为:"));
@@ -152,16 +150,13 @@ void ZDTime::loadCaptions()
     lblFormTitle->setText(title);
     ImgBd[0].setText(QStringLiteral("骨料振动器"));
     ImgBd[1].setText(QStringLiteral("粉料振动器"));
-    const QString four[4] = {QStringLiteral("计量振动间歇时间"), QStringLiteral("计量振动时间"),
-                             QStringLiteral("卸料振动间歇时间"), QStringLiteral("卸料振动时间")};
-    const QString two[2] = {QStringLiteral("间歇时间"), QStringLiteral("振动时间")};
     const QString second = QStringLiteral("秒");
     for (int i = 0; i < kFields; ++i) {
-        LblCansd[i]->setText(i < 20 ? four[i % 4] : two[i % 2]);
+        LblCansd[i]->setText(PlantBlocks::vibratorCaption(i));
         Label2[i]->setText(second);
     }
-    for (size_t k = 0; k < std::size(kVibrators); ++k)
-        lblTitleName[size_t(kVibrators[k].scale)]->setText(QString::fromUtf8(kDesignTitles[k]));
+    for (size_t k = 0; k < std::size(kDesignTitles); ++k)
+        lblTitleName[size_t(PlantBlocks::kVibratorGroups[k].scale)]->setText(QString::fromUtf8(kDesignTitles[k]));
     ImgBdOk.setText(ComText(QStringLiteral("COM001"), QStringLiteral("确 定")));
     cmdDefault.setText(ComText(QStringLiteral("COM006"), QStringLiteral("初始化参数")));
     cmdDefault.image->setToolTip(ComText(QStringLiteral("COM027"), QStringLiteral("设置出厂默认的经验值")));
@@ -200,13 +195,13 @@ bool ZDTime::eventFilter(QObject* watched, QEvent* event)
 
 void ZDTime::okClicked()
 {
-    for (int i = 0; i < kFields; ++i) {
-        if (!TxtDCansd[i]->isEnabled())
-            continue;
-        const double v = Val(TxtDCansd[i]->text());
-        if (v >= lowOf(i) && v <= 60)
-            continue;
-        MbText = text("ZDTIME010", "请检查!振动时间设定的输入范围为:") + rangeOf(i);
+    QList<double> shown;
+    for (const QLineEdit* box : TxtDCansd)
+        shown << Val(box->text());
+    const BlockFault fault = PlantBlocks::checkShown(QLatin1String(kVibratorBlock), shown);
+    if (!fault.ok()) {
+        const int i = fault.field;
+        MbText = fault.message;
         MbIsOk = true;
         MbIsError = false;
         ShowMbQuestion();

@@ -21,17 +21,22 @@ private slots:
     void servesThePty_data()
     {
         QTest::addColumn<bool>("byQuit");
-        QTest::newRow("ended by the quit command") << true;
-        QTest::newRow("ended by SIGTERM") << false;
+        QTest::addColumn<bool>("commissioned");
+        QTest::newRow("ended by the quit command") << true << false;
+        QTest::newRow("commissioned, ended by SIGTERM") << false << true;
     }
     void servesThePty()
     {
         QFETCH(bool, byQuit);
+        QFETCH(bool, commissioned);
         QTemporaryDir dir;
         const QString link = dir.filePath(QStringLiteral("ttyPLC"));
         QProcess sim;
         sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        sim.start(QStringLiteral(PLCSIM_EXE), {"--link", link, "--control-stdin", "--no-live", "--init-delay", "50"});
+        QStringList args{"--link", link, "--control-stdin", "--no-live", "--init-delay", "50"};
+        if (commissioned)
+            args << "--commissioned";
+        sim.start(QStringLiteral(PLCSIM_EXE), args);
         QVERIFY(sim.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kStartMs);
         const QString device = QString::fromLocal8Bit(sim.readLine()).trimmed();
@@ -55,6 +60,9 @@ private slots:
             (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kStartMs);
             return sim.readLine().trimmed();
         };
+
+        // Scale 11's key zeroing: its default 0.5 kg in the two decimals of the console's scale table.
+        QCOMPARE(ask(F("013A802"), 8), commissioned ? F("3200") : F("0000"));
 
         // Hardware initialisation: the pulse is taken, S999 follows from the controller's own timer.
         QCOMPARE(ask(F("1001A020800"), 1), QByteArray("\x06"));

@@ -1,5 +1,7 @@
 #include "plcsim/controller.h"
 
+#include "plant/plant_blocks.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -123,8 +125,7 @@ Controller::Controller(QObject* parent) : QObject(parent)
         refreshScale(k);
     }
     setSystemBits();
-    setWord(kHoistDecelUp, 300);  // deceleration distances of a commissioned hoist
-    setWord(kHoistDecelDown, 300);
+    setHoistDecel();
     for (int i = 0; i < int(kSensorLoads.size()); ++i)
         setWord(kSensorD + i, kSensorLoads[i]);
 }
@@ -486,8 +487,37 @@ void Controller::afterWrite(const QByteArray& before, int address)
         setWord(kHoistCount, 0);
         setWord(kHoistToWait, 0);
         setWord(kHoistToDischarge, 0);
-        setWord(kHoistDecelUp, 300);
-        setWord(kHoistDecelDown, 300);
+        setHoistDecel();
+    }
+}
+
+// The deceleration distances a hoist leaves the works with.
+void Controller::setHoistDecel()
+{
+    const QList<int> hoist = PlantBlocks::defaults(QLatin1String("D291"));
+    setWord(kHoistDecelUp, short(hoist.value(kHoistDecelUp - kHoistCount)));
+    setWord(kHoistDecelDown, short(hoist.value(kHoistDecelDown - kHoistCount)));
+}
+
+void Controller::commission()
+{
+    // In the order of the list: the hoist's block comes after the vibrator times it overlaps.
+    for (const BlockLayout& block : Blocks::all()) {
+        const QList<int> raw = Blocks::defaults(block.id);
+        const int first = block.device.mid(1).toInt();
+        if (block.device.startsWith(QLatin1Char('D'))) {
+            for (int i = 0; i < raw.size(); ++i)
+                setWord(first + i, short(raw[i]));
+            continue;
+        }
+        // A bit group: the four digits are the byte of the first bit and the next; only the block's own
+        // bits change.
+        const int mask = block.fields.value(0).mask;
+        const int at = first / 8;
+        const int old = byteAt(at) << 8 | byteAt(at + 1);
+        const int word = (old & ~mask) | (raw.value(0) & mask);
+        setByteAt(at, quint8(word >> 8));
+        setByteAt(at + 1, quint8(word));
     }
 }
 

@@ -84,6 +84,10 @@ public:
     Outcome calOutcome() const { return outcome_; }
     void setInitDelayMs(int ms) { initTimer_.setInterval(ms); }
     void setInitNever(bool never) { initNever_ = never; }
+    // A commissioned plant: every block the console edits holds the defaults of its kind, as the
+    // console's block layer gives them (parameters of the fourteen scales, option words, times, vibrator
+    // times, sensor loads, the hoist's counts and deceleration distances).
+    void commission();
     // A hoist trip climbs pulsesPerTick every 200 ms for `ticks` ticks.
     void setHoistTrip(int ticks, int pulsesPerTick);
     bool hoistRunning() const { return hoistTimer_.isActive(); }
@@ -107,6 +111,7 @@ private:
     void hoistTick();
     void finishInit();
     void setSystemBits();
+    void setHoistDecel();
 
     std::array<quint8, kMemorySize> mem_{};
     QByteArray rx_;

@@ -4,6 +4,8 @@
 #include "plcsim/controller.h"
 #include "plcsim/pty_endpoint.h"
 
+#include "common/scale_table.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
@@ -77,10 +79,21 @@ int main(int argc, char** argv)
                                    QStringLiteral("Write every chunk received (R) and sent (T) to FILE, one line "
                                                   "each: monotonic nanoseconds, R or T, the bytes in hex."),
                                    QStringLiteral("FILE"));
-    parser.addOptions({link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive, trace, stopped});
+    const QCommandLineOption commissioned(
+        QStringLiteral("commissioned"),
+        QStringLiteral("Start as a commissioned plant: the parameters and option bits of every scale, the option "
+                       "words, plant times, vibrator times, sensor loads and the hoist's block hold the console's "
+                       "defaults (the hoist not yet calibrated)."));
+    parser.addOptions(
+        {link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive, trace, stopped, commissioned});
     parser.process(app);
 
     plcsim::Controller controller;
+    if (parser.isSet(commissioned)) {
+        // The weights are scaled by the decimals of the console's own scale table.
+        SetDefaultNames();
+        controller.commission();
+    }
     controller.setPaced(!parser.isSet(noPace));
     controller.setRunning(!parser.isSet(stopped));
     controller.setLiveModel(!parser.isSet(noLive));
