@@ -174,41 +174,40 @@ QString LinkEngine::GetWrite_PLCD(const QString& device, short count)
 {
     QString frame;
     trapped("GetWrite_PLCD", [&] {
-        const int d = 4 * count;
-        WriteImage = QString(152, QLatin1Char(' '));
-        for (int i = 0; i < count; ++i) {
-            QString source;
-            bool known = true;
-            switch (StepNo) {
-            case 9:
-            case 109:
-                source = Pfd.at(i);
-                break;
-            case 72:
-                source = TxtDCansd.at(i);
-                break;
-            case 74:
-                source = ControlText("Sensor", QStringLiteral("TxtDCansdMulTen(%1)").arg(i));
-                break;
-            case 76:
-                source = ControlText("Other", QStringLiteral("TxtDCansdMulTen(%1)").arg(i));
-                break;
-            case 160:
-                source = ControlText("YiBiaoAdvance", QStringLiteral("txtPulseNum(%1)").arg(i));
-                break;
-            case 54:
-                source = ControlText(HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao"),
-                                     QStringLiteral("TxtFm"));
-                StoreWriteImage(ValueToDataSlot(source, 1));
-                known = false;
-                break;
-            default:
-                known = false;
-            }
-            if (known)
-                StoreWriteImage(ValueToDataSlot(source, i + 1));
+        QStringList sources;
+        auto boxes = [&](const auto& text) {
+            for (int i = 0; i < count; ++i)
+                sources << text(i);
+        };
+        auto control = [](const char* form, const char* name) {
+            return [=](int i) { return ControlText(QLatin1String(form), QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i)); };
+        };
+        switch (StepNo) {
+        case 9:
+        case 109:
+            boxes([this](int i) { return Pfd.at(i); });
+            break;
+        case 72:
+            boxes([this](int i) { return TxtDCansd.at(i); });
+            break;
+        case 74:
+            boxes(control("Sensor", "TxtDCansdMulTen"));
+            break;
+        case 76:
+            boxes(control("Other", "TxtDCansdMulTen"));
+            break;
+        case 160:
+            boxes(control("YiBiaoAdvance", "txtPulseNum"));
+            break;
+        case 54:
+            // The test weight alone, in the first word.
+            sources << ControlText(HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao"),
+                                   QStringLiteral("TxtFm"));
+            break;
+        default:
+            break;
         }
-        frame = BuildWriteFrame(device, WriteImage, short(d));
+        frame = BuildBlockWriteFrame(device, sources, count);
     });
     return frame;
 }
