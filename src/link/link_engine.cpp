@@ -160,15 +160,7 @@ void LinkEngine::RetryRequest()
         OptionDone = true;
 }
 
-void ShowLinkFaultBox()
-{
-    ShowOkBox(ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
-                  ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
-                  ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
-                  ComText("COM019", QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
-                  QString::number(PortNo) + QLatin1Char(',') + ComText("COM020", QStringLiteral("且接触良好。")),
-              true);
-}
+void ShowLinkFaultBox() { ShowOkBox(LinkFaultText(QStringLiteral("Com") + QString::number(PortNo)), true); }
 
 QString LinkEngine::GetWrite_PLCD(const QString& device, short count)
 {
