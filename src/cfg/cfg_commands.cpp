@@ -12,6 +12,7 @@
 #include "plant/plant_blocks.h"
 
 #include <QDateTime>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <memory>
@@ -86,7 +87,10 @@ public:
         static const QRegularExpression number(QStringLiteral("^(?:[Cc][Oo][Mm])?(\\d{1,3})$"));
         const QRegularExpressionMatch m = number.match(run.port.trimmed());
         const int portNo = run.port.trimmed().isEmpty() ? PortNo : m.hasMatch() ? m.captured(1).toInt() : 0;
-        name = portNo > 0 ? QStringLiteral("Com%1").arg(portNo) : run.port.trimmed();
+        // A device path as given; one that names a file here is taken from here, not from /dev.
+        const QFileInfo device(run.port.trimmed());
+        name = portNo > 0 ? QStringLiteral("Com%1").arg(portNo)
+                          : device.exists() ? device.absoluteFilePath() : run.port.trimmed();
         port.reset(portNo > 0 ? MakePort(portNo) : new SerialCommPort(name));
         const PortOpenResult r = port->open();
         if (r.error == PortOpenError::None)
