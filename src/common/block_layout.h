@@ -53,7 +53,8 @@ struct BlockFault {
 namespace Block {
 // The value as the form shows it: raw / 10^decimals in the field's pattern; a bit group as four hex digits.
 QString shown(const BlockField& f, int raw);
-// The register text the form writes for a shown text: Val of it, rounded by the pattern, × 10^decimals.
+// The register text the form writes for a box: Val of its text × 10^decimals. A form that rounds formats
+// the box first; toRaw does both.
 QString registerText(const BlockField& f, const QString& shown);
 // For files: the whole text must be a number (a bit group: four hex digits) and its register must fit
 // 16 bits; rounds as the form's write does. False leaves *raw alone.

@@ -5,7 +5,6 @@
 #include "common/vbtext.h"
 #include "common/form_access.h"
 #include "link/link_engine.h"
-#include "params/param_block.h"
 
 #include <cmath>
 
@@ -41,11 +40,17 @@ void DisplayADAndWeightAdvance() {}
 
 void ShowCansdValues()
 {
-    decimalsOf(ScaleNo);  // a scale beyond the table is a run-time error, as for every weight
+    const short d = decimalsOf(ScaleNo);
     const bool first = !BaselineTaken;
     for (int i = 0; i <= 14; ++i) {
         const double v = Val(Link().Pfd.at(i));
-        const QString text = Format(v / std::pow(10.0, ParamBlock::rowDecimals(ScaleNo, i)), ParamBlock::rowFormat(ScaleNo, i));
+        QString text;
+        if (i <= 1)
+            text = Format(v / 10, QStringLiteral("#0.0"));
+        else if (i == 2)
+            text = Format(v / 10, QStringLiteral("#0"));
+        else
+            text = WeightText(v, d);
         spread(QStringLiteral("Cansd"), IndexedName("TxtDCansd", i), text, CansdBaseline, i, first);
     }
     BaselineTaken = true;
