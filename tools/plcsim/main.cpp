@@ -144,6 +144,8 @@ int main(int argc, char** argv)
             clock_gettime(CLOCK_MONOTONIC, &ts);
             std::fprintf(traceFile, "%lld %c %s\n", (long long)ts.tv_sec * 1000000000LL + ts.tv_nsec, dir,
                          bytes.toHex().constData());
+            // Whoever reads the trace while the simulator runs sees every chunk so far.
+            std::fflush(traceFile);
         };
         QObject::connect(&pty, &plcsim::PtyEndpoint::bytesReceived, &controller,
                          [log](const QByteArray& b) { log('R', b); });
