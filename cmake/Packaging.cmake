@@ -10,7 +10,7 @@ set(ORVA_PKG_DIR ${CMAKE_SOURCE_DIR}/packaging)
 # Building the package must not build the tests.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
-install(TARGETS ORVAPLCCOM RUNTIME DESTINATION ${ORVA_APP_DIR})
+install(TARGETS ORVAPLCCOM orvaplccfg RUNTIME DESTINATION ${ORVA_APP_DIR})
 # The simulator under the name it has on an installed station; a target of its own, so that it is stripped.
 add_executable(orvaplcsim EXCLUDE_FROM_ALL ${CMAKE_SOURCE_DIR}/tools/plcsim/main.cpp)
 target_link_libraries(orvaplcsim PRIVATE plcsim)
@@ -23,6 +23,7 @@ install(CODE "
     file(CREATE_LINK ${ORVA_STATE_DIR}/\${d} \"\${app}/\${d}\" SYMBOLIC)
   endforeach()
   file(CREATE_LINK ../${ORVA_APP_DIR}/ORVAPLCCOM \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/orvaplccom\" SYMBOLIC)
+  file(CREATE_LINK ../${ORVA_APP_DIR}/orvaplccfg \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/orvaplccfg\" SYMBOLIC)
 ")
 install(FILES ${ORVA_PKG_DIR}/orvaplccom.desktop DESTINATION share/applications)
 install(FILES ${ORVA_PKG_DIR}/orvaplccom.svg DESTINATION share/icons/hicolor/scalable/apps)
@@ -34,18 +35,19 @@ if(ORVA_PACKAGE)
   set(man ${CMAKE_BINARY_DIR}/man)
   string(TIMESTAMP ORVA_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
   configure_file(${ORVA_PKG_DIR}/changelog.in ${man}/changelog @ONLY)
-  add_custom_command(OUTPUT ${man}/orvaplcsim.1.gz ${man}/orvaplccom.1.gz ${man}/changelog.gz
+  add_custom_command(OUTPUT ${man}/orvaplcsim.1.gz ${man}/orvaplccom.1.gz ${man}/orvaplccfg.1.gz ${man}/changelog.gz
     COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen
             ${HELP2MAN} -N --version-string=${PROJECT_VERSION}
             -n "simulated batching plant controller on a pseudo-terminal"
             -o ${man}/orvaplcsim.1 $<TARGET_FILE:orvaplcsim>
     COMMAND ${CMAKE_COMMAND} -E copy ${ORVA_PKG_DIR}/orvaplccom.1 ${man}/orvaplccom.1
-    COMMAND ${GZIP} -9nf ${man}/orvaplcsim.1 ${man}/orvaplccom.1
+    COMMAND ${CMAKE_COMMAND} -E copy ${ORVA_PKG_DIR}/orvaplccfg.1 ${man}/orvaplccfg.1
+    COMMAND ${GZIP} -9nf ${man}/orvaplcsim.1 ${man}/orvaplccom.1 ${man}/orvaplccfg.1
     COMMAND ${GZIP} -9nkf ${man}/changelog
-    DEPENDS orvaplcsim ${ORVA_PKG_DIR}/orvaplccom.1 ${man}/changelog
+    DEPENDS orvaplcsim ${ORVA_PKG_DIR}/orvaplccom.1 ${ORVA_PKG_DIR}/orvaplccfg.1 ${man}/changelog
     WORKING_DIRECTORY ${man})
   add_custom_target(orva_man ALL DEPENDS ${man}/orvaplcsim.1.gz)
-  install(FILES ${man}/orvaplccom.1.gz ${man}/orvaplcsim.1.gz DESTINATION share/man/man1)
+  install(FILES ${man}/orvaplccom.1.gz ${man}/orvaplcsim.1.gz ${man}/orvaplccfg.1.gz DESTINATION share/man/man1)
   install(FILES ${man}/changelog.gz DESTINATION share/doc/orvaplccom)
 endif()
 
@@ -65,8 +67,10 @@ while watching AD values and weights live, set sensor loads, vibrator
 times and plant functions, name scales and bins, and review the
 calibration records.
 
-The package also holds orvaplcsim, a simulated controller on a
-pseudo-terminal for training and trials without a plant.")
+The package also holds orvaplccfg, which saves every setting of the
+controller to a text file, compares and restores it, and orvaplcsim, a
+simulated controller on a pseudo-terminal for training and trials
+without a plant.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)

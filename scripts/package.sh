@@ -11,7 +11,7 @@ install_deps
 version=${1:-}
 cmake -S . -B build-package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DORVA_PACKAGE=ON \
     ${version:+-DORVA_PACKAGE_VERSION=$version} > /dev/null
-cmake --build build-package -j "$(nproc)" --target ORVAPLCCOM orvaplcsim orva_man orva_lang
+cmake --build build-package -j "$(nproc)" --target ORVAPLCCOM orvaplccfg orvaplcsim orva_man orva_lang
 rm -f build-package/orvaplccom_*.deb
 (cd build-package && cpack -G DEB > /dev/null)
 deb=$(ls build-package/orvaplccom_*.deb)

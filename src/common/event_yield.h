@@ -7,6 +7,9 @@ class QWidget;
 
 void YieldToEvents();
 int YieldDepth();  // yields open on the stack: 0 in the plain event loop
+// Run when the outermost yield has returned. The forms' deferred destruction sets it; a program without
+// forms yields all the same.
+void SetAfterOutermostYield(void (*routine)());
 
 // Destroys the form once no yield is open and control is back in the event loop.
 void DestroyWhenSettled(QWidget* form);

@@ -71,6 +71,15 @@ QString LangText(const QString& section, const QString& key, const QString& defl
 
 QString ComText(const QString& key, const QString& deflt) { return LangText(LangCommon, key, deflt); }
 
+QString LinkFaultText(const QString& port)
+{
+    return ComText(QStringLiteral("COM016"), QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
+           ComText(QStringLiteral("COM017"), QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
+           ComText(QStringLiteral("COM018"), QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
+           ComText(QStringLiteral("COM019"), QStringLiteral("3、通讯线是否接在端口:")) + port + QLatin1Char(',') +
+           ComText(QStringLiteral("COM020"), QStringLiteral("且接触良好。"));
+}
+
 QString LangSelFile() { return AppPaths::inApp(QStringLiteral("\\Lang\\PLCCOMLANSEL.ini")); }
 QString LangTextsFile() { return AppPaths::inApp(QStringLiteral("\\Lang\\PLCCOMLANGUAGE.ini")); }
 

@@ -6,6 +6,8 @@
 QString LangText(const QString& section, const QString& key, const QString& deflt);
 // A text of the common section.
 QString ComText(const QString& key, const QString& deflt);
+// The link's fault text, one line a point to check, naming the port ("Com2").
+QString LinkFaultText(const QString& port);
 
 // The language choice file and its path.
 QString LangSelFile();

@@ -140,6 +140,14 @@ QString ValueToDataSlot(const QString& text, int index)
     return Left(WriteImage, 148) + slot;
 }
 
+QString BuildBlockWriteFrame(const QString& device, const QStringList& values, short count)
+{
+    WriteImage = QString(152, QLatin1Char(' '));
+    for (int i = 0; i < values.size(); ++i)
+        StoreWriteImage(ValueToDataSlot(values[i], i + 1));
+    return BuildWriteFrame(device, WriteImage, short(4 * count));
+}
+
 QString BitOperand(const QString& bitDevice)
 {
     const int b = deviceNumber(Mid(bitDevice, 2)) & 7;

@@ -2,6 +2,7 @@
 // Everything that crosses the serial line is built and taken apart here. Frames are text; every byte of
 // the controller's memory travels as two upper-case hex characters, a 16-bit register low byte first.
 #include <QString>
+#include <QStringList>
 
 inline constexpr QChar STX = QChar(2);
 inline constexpr QChar ETX = QChar(3);
@@ -25,6 +26,9 @@ QString BuildWriteFrame(const QString& device, const QString& data, short digits
 
 // Puts the value of text into 1-based word index of WriteImage; returns the new image (or empty text).
 QString ValueToDataSlot(const QString& text, int index);
+// The write of a block of count words, assembled in WriteImage as every block write is: a blank image,
+// then word i + 1 from the text of values[i] (an empty text blanks what was assembled before it).
+QString BuildBlockWriteFrame(const QString& device, const QStringList& values, short count);
 // Four data digits that set the bit and clear the other fifteen of its pair of bytes ("S211" -> "0800").
 QString BitOperand(const QString& bitDevice);
 // Signed 16-bit word index (1-based) of a reply's data digits; 0 on an empty payload.

@@ -26,20 +26,13 @@ template <class F> void trapped(const char* routine, F&& f)
 LinkEngine::LinkEngine()
 {
     Timer1.setInterval(400);
-    Timer2.setInterval(1000);
     Timer3.setInterval(1000);
     connect(&Timer1, &QTimer::timeout, this, &LinkEngine::timer1Tick);
     connect(&Timer2, &QTimer::timeout, this, &LinkEngine::RetryRequest);
     connect(&Timer3, &QTimer::timeout, this, &LinkEngine::timer3Tick);
-    holdTimer_.setSingleShot(true);
-    connect(&holdTimer_, &QTimer::timeout, this, [this] {
-        dropExpiredSends();
-        if (earlier_.isEmpty())
-            endHold();
-        else
-            holdTimer_.start(int(earlier_.last().at + LateReplyHorizonMs - clock_.elapsed()));
-    });
-    clock_.start();
+    connect(&line_, &RequestLine::replied, this, &LinkEngine::onReply);
+    // What a frame built meanwhile has left there is not what the held request awaits.
+    connect(&line_, &RequestLine::released, this, [this] { ExpectedReplyLen = LastExpectedLen; });
 }
 
 LinkEngine::~LinkEngine() { delete port_.data(); }
@@ -56,30 +49,22 @@ PortOpenResult LinkEngine::openPort(int portNo)
         return {};
     delete port_.data();
     port_ = MakePort(portNo);
-    connect(port_.data(), &CommPort::received, this, &LinkEngine::onComm);
+    line_.setPort(port_);
     PortOpenResult r = port_->open();
     if (r.error != PortOpenError::None) {
         delete port_.data();
         port_ = nullptr;
+        line_.setPort(nullptr);
     }
     return r;
 }
 
 void LinkEngine::closePort()
 {
-    forgetSends();
+    line_.forget();
+    resending_ = false;
     if (port_ && port_->isOpen())
         port_->close();
-}
-
-void LinkEngine::forgetSends()
-{
-    unanswered_.clear();
-    earlier_.clear();
-    holding_ = false;
-    held_.clear();
-    holdTimer_.stop();
-    resending_ = false;
 }
 
 bool LinkEngine::portOpen() const { return port_ && port_->isOpen(); }
@@ -92,7 +77,8 @@ void LinkEngine::resetForLogin()
     Timer1.stop();
     Timer2.stop();
     Timer3.stop();
-    forgetSends();
+    line_.forget();
+    resending_ = false;
     WriteImage = QString(152, QLatin1Char('0'));
 }
 
@@ -106,109 +92,17 @@ void LinkEngine::send_recieve(const QString& frame)
         LastExpectedLen = ExpectedReplyLen;
         LastStep = QString::number(StepNo);
         LastFrame = frame;
-        if (!resend) {
-            // A sender that forces its way in replaces a request still waiting to go out, as it
-            // replaces one in flight.
-            holding_ = false;
-            held_.clear();
-            holdTimer_.stop();
-            // Earlier sends of the request before may still be answered; any reply of theirs
-            // arriving now would be taken for this one.
-            earlier_ += unanswered_;
-            unanswered_.clear();
-            dropExpiredSends();
-            if (!earlier_.isEmpty()) {
-                holdUntilAnswered(frame);
-                return;
-            }
-        }
-        transmit(frame);
+        if (resend)
+            line_.resend(frame, LastExpectedLen);
+        else
+            line_.send(frame, LastExpectedLen);
     });
 }
 
-void LinkEngine::transmit(const QString& frame)
+// The receive event, once a reply for the request in flight is in.
+void LinkEngine::onReply(const QString& reply)
 {
-    if (port_) {
-        // Some of a reply had come, too little to be read: that send was answered, if badly.
-        if (port_->clearInput() > 0 && !unanswered_.isEmpty())
-            unanswered_.removeLast();
-        port_->setThreshold(LastExpectedLen);
-        port_->output(frame.toLatin1());
-    }
-    unanswered_.append({clock_.elapsed(), LastExpectedLen});
-    // Enabling a running timer leaves its period alone.
-    if (!Timer2.isActive())
-        Timer2.start();
-}
-
-// The request goes out once the replies still owed to earlier sends have come, or are too late to come.
-// Nothing changes on the wire but the moment; the link is busy meanwhile, as if the request were out.
-void LinkEngine::holdUntilAnswered(const QString& frame)
-{
-    holding_ = true;
-    held_ = frame;
-    if (port_) {
-        port_->clearInput();
-        port_->setThreshold(earlier_.first().len);
-    }
-    holdTimer_.start(int(earlier_.last().at + LateReplyHorizonMs - clock_.elapsed()));
-    // Busy as if the request were out: the re-send clock runs, and a form that returns may stop it.
-    Timer2.start();
-}
-
-void LinkEngine::takeEarlierReplies(const QByteArray& bytes)
-{
-    // They come in the order of their requests, each at least as long as it was awaited.
-    qsizetype left = bytes.size();
-    while (!earlier_.isEmpty()) {
-        left -= earlier_.first().len;
-        earlier_.removeFirst();
-        if (earlier_.isEmpty() || left < earlier_.first().len)
-            break;
-    }
-    dropExpiredSends();
-    if (earlier_.isEmpty())
-        endHold();
-    else if (port_)
-        port_->setThreshold(earlier_.first().len);
-}
-
-void LinkEngine::dropExpiredSends()
-{
-    const qint64 now = clock_.elapsed();
-    earlier_.removeIf([this, now](const Sent& s) { return now - s.at >= LateReplyHorizonMs; });
-}
-
-void LinkEngine::endHold()
-{
-    holdTimer_.stop();
-    if (!holding_)
-        return;
-    holding_ = false;
-    const QString frame = std::exchange(held_, QString());
-    // What a frame built meanwhile has left there is not what this request awaits.
-    ExpectedReplyLen = LastExpectedLen;
-    // The re-send clock counts from the send; stopped meanwhile by a form's return, it stays stopped.
-    const bool timing = Timer2.isActive();
-    Timer2.stop();
-    trapped("send_recieve", [&] { transmit(frame); });
-    if (!timing)
-        Timer2.stop();
-}
-
-void LinkEngine::onComm()
-{
-    if (!port_)
-        return;
-    if (holding_) {
-        takeEarlierReplies(port_->takeInput());
-        return;
-    }
     trapped("MSComm1_OnComm", [&] {
-        const QString reply = QString::fromLatin1(port_->takeInput());
-        // The latest send is taken as the one answered: an earlier one is the more likely to stay silent.
-        if (!unanswered_.isEmpty())
-            unanswered_.removeLast();
         // A command-bit write answered with more than an ACK is left to the time-out.
         if (reply.size() > 2 && (StepNo == 54 || StepNo == 52 || StepNo == 160) && ExpectedReplyLen == 1)
             return;
@@ -220,12 +114,9 @@ void LinkEngine::onComm()
 
 bool LinkEngine::AckOk(const QString& reply)
 {
-    if (reply.size() == ExpectedReplyLen && !reply.isEmpty() && reply[0] == ACK) {
+    if (RequestLine::isAck(reply, ExpectedReplyLen)) {
         SendFlag = true;
-        RetryCount = 0;
-        Timer2.stop();
-        if (port_)
-            port_->setThreshold(0);
+        line_.answered();
         return true;
     }
     RetryRequest();
@@ -234,25 +125,19 @@ bool LinkEngine::AckOk(const QString& reply)
 
 QString LinkEngine::ReplyPayload(const QString& reply)
 {
-    // Positions count from 1, as the shape rule is written; 0 means absent.
-    const int s = int(reply.indexOf(STX)) + 1;
-    const int e = int(reply.indexOf(ETX)) + 1;
-    if (reply.size() == ExpectedReplyLen && s > 0 && e > 0 && e > s && e - s == ExpectedReplyLen - 3) {
-        SendFlag = true;
-        RetryCount = 0;
-        Timer2.stop();
-        if (port_)
-            port_->setThreshold(0);
-        return Mid(reply, s + 1, e - s - 1);
-    }
-    return QString();
+    const std::optional<QString> payload = RequestLine::payloadOf(reply, ExpectedReplyLen);
+    if (!payload)
+        return QString();
+    SendFlag = true;
+    line_.answered();
+    return *payload;
 }
 
 void LinkEngine::RetryRequest()
 {
-    if (holding_)
+    if (line_.holding())
         return;  // the request has not gone out yet
-    if (RetryCount >= 0 && RetryCount <= 7) {
+    if (line_.resendsLeft()) {
         if (CInt(Val(LastStep)) != StepNo)
             return;  // the form has moved on
         ++RetryCount;
@@ -265,68 +150,56 @@ void LinkEngine::RetryRequest()
     }
     UnloadMbQuestion();
     Timer1.stop();
-    Timer2.stop();
     Timer3.stop();
-    RetryCount = 0;
+    line_.giveUp();
     SendFlag = true;
     StepNo = 444;
-    if (port_)
-        port_->setThreshold(0);
     ShowLinkFaultBox();
     // Keeps the option chain of the parameter editor from staying pending.
     if (StepNo == 11)
         OptionDone = true;
 }
 
-void ShowLinkFaultBox()
-{
-    ShowOkBox(ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
-                  ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
-                  ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
-                  ComText("COM019", QStringLiteral("3、通讯线是否接在端口:")) + QStringLiteral("Com") +
-                  QString::number(PortNo) + QLatin1Char(',') + ComText("COM020", QStringLiteral("且接触良好。")),
-              true);
-}
+void ShowLinkFaultBox() { ShowOkBox(LinkFaultText(QStringLiteral("Com") + QString::number(PortNo)), true); }
 
 QString LinkEngine::GetWrite_PLCD(const QString& device, short count)
 {
     QString frame;
     trapped("GetWrite_PLCD", [&] {
-        const int d = 4 * count;
-        WriteImage = QString(152, QLatin1Char(' '));
-        for (int i = 0; i < count; ++i) {
-            QString source;
-            bool known = true;
-            switch (StepNo) {
-            case 9:
-            case 109:
-                source = Pfd.at(i);
-                break;
-            case 72:
-                source = TxtDCansd.at(i);
-                break;
-            case 74:
-                source = ControlText("Sensor", QStringLiteral("TxtDCansdMulTen(%1)").arg(i));
-                break;
-            case 76:
-                source = ControlText("Other", QStringLiteral("TxtDCansdMulTen(%1)").arg(i));
-                break;
-            case 160:
-                source = ControlText("YiBiaoAdvance", QStringLiteral("txtPulseNum(%1)").arg(i));
-                break;
-            case 54:
-                source = ControlText(HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao"),
-                                     QStringLiteral("TxtFm"));
-                StoreWriteImage(ValueToDataSlot(source, 1));
-                known = false;
-                break;
-            default:
-                known = false;
-            }
-            if (known)
-                StoreWriteImage(ValueToDataSlot(source, i + 1));
+        QStringList sources;
+        auto boxes = [&](const auto& text) {
+            for (int i = 0; i < count; ++i)
+                sources << text(i);
+        };
+        auto control = [](const char* form, const char* name) {
+            return [=](int i) { return ControlText(QLatin1String(form), QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i)); };
+        };
+        switch (StepNo) {
+        case 9:
+        case 109:
+            boxes([this](int i) { return Pfd.at(i); });
+            break;
+        case 72:
+            boxes([this](int i) { return TxtDCansd.at(i); });
+            break;
+        case 74:
+            boxes(control("Sensor", "TxtDCansdMulTen"));
+            break;
+        case 76:
+            boxes(control("Other", "TxtDCansdMulTen"));
+            break;
+        case 160:
+            boxes(control("YiBiaoAdvance", "txtPulseNum"));
+            break;
+        case 54:
+            // The test weight alone, in the first word.
+            sources << ControlText(HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao"),
+                                   QStringLiteral("TxtFm"));
+            break;
+        default:
+            break;
         }
-        frame = BuildWriteFrame(device, WriteImage, short(d));
+        frame = BuildBlockWriteFrame(device, sources, count);
     });
     return frame;
 }

@@ -2,8 +2,8 @@
 // One serial port, one request in flight, no queue. A form sets StepNo and SendFlag, builds a frame and
 // calls send_recieve; the reply comes back only through the step dispatch.
 #include "link/comm_port.h"
+#include "link/request_line.h"
 
-#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -34,14 +34,19 @@ public:
     // Restores the state of a fresh login: counters, flags, timers off, a zeroed write image.
     void resetForLogin();
 
-    QTimer Timer1, Timer2, Timer3;
-    // A reply later than this after its send is taken as never coming: two periods of the re-send clock.
-    int LateReplyHorizonMs = 2000;
+private:
+    RequestLine line_;  // the request in flight, its re-sends and the replies owed to earlier sends
+
+public:
+    QTimer Timer1;
+    QTimer& Timer2 = line_.clock;  // the re-send clock
+    QTimer Timer3;
+    int& LateReplyHorizonMs = line_.lateReplyHorizonMs;
 
     QString LastFrame;
     short LastExpectedLen = 0;
     QString LastStep;
-    short RetryCount = 0;
+    short& RetryCount = line_.resends;
     short InitPollCount = 0;
 
     // The hidden register boxes of the main form: working store of block transfers.
@@ -49,33 +54,17 @@ public:
     std::array<QString, 20> Pfd;
     std::array<QString, 28> TxtDCansd;
 
-    void onComm();  // the receive event
     void timer1Tick();
     void timer3Tick();
 
+    // The line itself, for observers of what goes out and comes back.
+    RequestLine& line() { return line_; }
+
 private:
-    // One send of a request: when it went out and how long its reply is.
-    struct Sent {
-        qint64 at;
-        short len;
-    };
-    void transmit(const QString& frame);
-    void holdUntilAnswered(const QString& frame);
-    void takeEarlierReplies(const QByteArray& bytes);
-    void dropExpiredSends();
-    void endHold();
-    void forgetSends();
+    void onReply(const QString& reply);
 
     QPointer<CommPort> port_;
-    // Sends of the request in flight that no reply has come for yet, and sends of earlier requests whose
-    // replies may still be on their way. A reply of an earlier request is never taken for a later one:
-    // a new request waits until those replies are in or too old to come.
-    QList<Sent> unanswered_, earlier_;
     bool resending_ = false;
-    bool holding_ = false;
-    QString held_;
-    QTimer holdTimer_;
-    QElapsedTimer clock_;
 };
 
 

@@ -27,15 +27,6 @@ void spread(const QString& form, const QString& control, const QString& text, st
 }
 }  // namespace
 
-QString WeightFormat(int decimals)
-{
-    if (decimals == 0)
-        return QStringLiteral("#0");
-    return QStringLiteral("#0.") + QString(decimals, QLatin1Char('0'));
-}
-
-QString WeightText(double raw, int decimals) { return Format(raw / std::pow(10.0, decimals), WeightFormat(decimals)); }
-
 void DisplayADAndWeight()
 {
     const QString form = HumidActive ? QStringLiteral("YIBiaoHumidNew") : QStringLiteral("YIBiao");

@@ -107,6 +107,9 @@ Controller::Controller(QObject* parent) : QObject(parent)
     txTimer_.setTimerType(Qt::PreciseTimer);
     txTimer_.setInterval(1);
     connect(&txTimer_, &QTimer::timeout, this, &Controller::pumpPaced);
+    rxTimer_.setTimerType(Qt::PreciseTimer);
+    rxTimer_.setInterval(1);
+    connect(&rxTimer_, &QTimer::timeout, this, &Controller::pumpRequests);
 
     liveTimer_.setInterval(kScanMs);
     connect(&liveTimer_, &QTimer::timeout, this, &Controller::liveTick);
@@ -286,6 +289,35 @@ QByteArray Controller::execute(const QByteArray& frame, Answer* kind)
 }
 
 void Controller::feed(const QByteArray& bytes)
+{
+    if (!pacedRequests_) {
+        receive(bytes);
+        return;
+    }
+    // A character is in once the line has carried all of it; back to back, the next follows at once.
+    rxQueue_ += bytes;
+    if (!rxTimer_.isActive()) {
+        rxTaken_ = 0;
+        rxClock_.start();
+        rxTimer_.start();
+    }
+}
+
+void Controller::pumpRequests()
+{
+    const qint64 due = rxClock_.nsecsElapsed() / kCharNs;
+    const qsizetype n = qsizetype(std::min<qint64>(due - rxTaken_, rxQueue_.size()));
+    if (n > 0) {
+        const QByteArray in = rxQueue_.left(n);
+        rxQueue_.remove(0, n);
+        rxTaken_ += n;
+        receive(in);
+    }
+    if (rxQueue_.isEmpty())
+        rxTimer_.stop();
+}
+
+void Controller::receive(const QByteArray& bytes)
 {
     rx_ += bytes;
     for (;;) {

@@ -74,6 +74,9 @@ public:
     // Paced: one character at a time at 9600 baud, 10 bits each. Unpaced: the whole reply at once.
     void setPaced(bool on);
     bool isPaced() const { return paced_; }
+    // Requests taken only as fast as the line carries them, one character in 10 bits at 9600 baud, as a
+    // real line delivers them where a pseudo-terminal delivers a frame at once.
+    void setPacedRequests(bool on) { pacedRequests_ = on; }
 
     // The controller's program.
     void setLiveModel(bool on);
@@ -102,6 +105,8 @@ private:
     void takeFrame(const QByteArray& frame);
     void send(const QByteArray& bytes);
     void pumpPaced();
+    void receive(const QByteArray& bytes);
+    void pumpRequests();
     QByteArray junk(int n);
 
     void afterWrite(const QByteArray& before, int address);
@@ -125,6 +130,11 @@ private:
     qint64 txSent_ = 0;
     QElapsedTimer txClock_;
     QTimer txTimer_;
+    bool pacedRequests_ = false;
+    QByteArray rxQueue_;
+    qint64 rxTaken_ = 0;
+    QElapsedTimer rxClock_;
+    QTimer rxTimer_;
 
     struct Scale {
         int load = 0;    // level the raw signal drifts around

@@ -58,6 +58,10 @@ int main(int argc, char** argv)
     const QCommandLineOption paced(QStringLiteral("paced"),
                                    QStringLiteral("Send answers at the speed of the line (default)."));
     const QCommandLineOption noPace(QStringLiteral("no-pace"), QStringLiteral("Send each answer at once."));
+    const QCommandLineOption paceRequests(
+        QStringLiteral("pace-requests"),
+        QStringLiteral("Take each request only as fast as the line would carry it, as on a real line (with "
+                       "--paced: both ways at line speed)."));
     const QCommandLineOption initDelay(QStringLiteral("init-delay"),
                                        QStringLiteral("Hardware initialisation takes MS milliseconds (2000)."),
                                        QStringLiteral("MS"));
@@ -85,7 +89,7 @@ int main(int argc, char** argv)
                        "words, plant times, vibrator times, sensor loads and the hoist's block hold the console's "
                        "defaults (the hoist not yet calibrated)."));
     parser.addOptions(
-        {link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive, trace, stopped, commissioned});
+        {link, paced, noPace, initDelay, initNever, calOutcome, fault, controlStdin, noLive, trace, stopped, commissioned, paceRequests});
     parser.process(app);
 
     plcsim::Controller controller;
@@ -95,6 +99,7 @@ int main(int argc, char** argv)
         controller.commission();
     }
     controller.setPaced(!parser.isSet(noPace));
+    controller.setPacedRequests(parser.isSet(paceRequests));
     controller.setRunning(!parser.isSet(stopped));
     controller.setLiveModel(!parser.isSet(noLive));
     controller.setInitNever(parser.isSet(initNever));
@@ -139,6 +144,8 @@ int main(int argc, char** argv)
             clock_gettime(CLOCK_MONOTONIC, &ts);
             std::fprintf(traceFile, "%lld %c %s\n", (long long)ts.tv_sec * 1000000000LL + ts.tv_nsec, dir,
                          bytes.toHex().constData());
+            // Whoever reads the trace while the simulator runs sees every chunk so far.
+            std::fflush(traceFile);
         };
         QObject::connect(&pty, &plcsim::PtyEndpoint::bytesReceived, &controller,
                          [log](const QByteArray& b) { log('R', b); });
