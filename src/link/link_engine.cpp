@@ -5,6 +5,7 @@
 #include "common/vbtext.h"
 #include "common/form_access.h"
 #include "link/frame_codec.h"
+#include "link/link_trace.h"
 #include "link/step_table.h"
 #include "common/lang.h"
 
@@ -29,6 +30,7 @@ LinkEngine::LinkEngine()
     Timer2.setInterval(1000);
     Timer3.setInterval(1000);
     connect(&Timer1, &QTimer::timeout, this, &LinkEngine::timer1Tick);
+    connect(&Timer2, &QTimer::timeout, this, [] { LinkTrace().clockTicked(); });
     connect(&Timer2, &QTimer::timeout, this, &LinkEngine::RetryRequest);
     connect(&Timer3, &QTimer::timeout, this, &LinkEngine::timer3Tick);
     holdTimer_.setSingleShot(true);
@@ -99,6 +101,7 @@ void LinkEngine::resetForLogin()
 void LinkEngine::send_recieve(const QString& frame)
 {
     const bool resend = std::exchange(resending_, false);
+    if (!SendFlag) LinkTrace().dropped(frame);
     if (!SendFlag)
         return;
     trapped("send_recieve", [&] {
@@ -135,6 +138,7 @@ void LinkEngine::transmit(const QString& frame)
         port_->setThreshold(LastExpectedLen);
         port_->output(frame.toLatin1());
     }
+    LinkTrace().sent(frame, LastStep.toShort(), port_ ? port_->lastCleared() : QByteArray());
     unanswered_.append({clock_.elapsed(), LastExpectedLen});
     // Enabling a running timer leaves its period alone.
     if (!Timer2.isActive())
@@ -158,6 +162,7 @@ void LinkEngine::holdUntilAnswered(const QString& frame)
 
 void LinkEngine::takeEarlierReplies(const QByteArray& bytes)
 {
+    LinkTrace().late(bytes);
     // They come in the order of their requests, each at least as long as it was awaited.
     qsizetype left = bytes.size();
     while (!earlier_.isEmpty()) {
@@ -206,6 +211,7 @@ void LinkEngine::onComm()
     }
     trapped("MSComm1_OnComm", [&] {
         const QString reply = QString::fromLatin1(port_->takeInput());
+        LinkTrace().received(reply.toLatin1());
         // The latest send is taken as the one answered: an earlier one is the more likely to stay silent.
         if (!unanswered_.isEmpty())
             unanswered_.removeLast();
@@ -221,6 +227,7 @@ void LinkEngine::onComm()
 bool LinkEngine::AckOk(const QString& reply)
 {
     if (reply.size() == ExpectedReplyLen && !reply.isEmpty() && reply[0] == ACK) {
+        LinkTrace().taken();
         SendFlag = true;
         RetryCount = 0;
         Timer2.stop();
@@ -238,6 +245,7 @@ QString LinkEngine::ReplyPayload(const QString& reply)
     const int s = int(reply.indexOf(STX)) + 1;
     const int e = int(reply.indexOf(ETX)) + 1;
     if (reply.size() == ExpectedReplyLen && s > 0 && e > 0 && e > s && e - s == ExpectedReplyLen - 3) {
+        LinkTrace().taken();
         SendFlag = true;
         RetryCount = 0;
         Timer2.stop();
@@ -260,6 +268,7 @@ void LinkEngine::RetryRequest()
         ExpectedReplyLen = LastExpectedLen;
         StepNo = CInt(Val(LastStep));
         resending_ = true;
+        LinkTrace().resending();
         send_recieve(LastFrame);
         return;
     }
@@ -280,6 +289,7 @@ void LinkEngine::RetryRequest()
 
 void ShowLinkFaultBox()
 {
+    WriteLinkFaultTrace();
     ShowOkBox(ComText("COM016", QStringLiteral("通讯发生错误请检查：")) + QLatin1Char('\n') +
                   ComText("COM017", QStringLiteral("1、下位机是否已断电；")) + QLatin1Char('\n') +
                   ComText("COM018", QStringLiteral("2、下位机是否正常运行；")) + QLatin1Char('\n') +
