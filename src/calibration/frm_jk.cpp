@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -214,7 +215,15 @@ void FrmJk::ShowFind()
             lblFindResult->setText(text.isEmpty() || FindNext(text) ? QString() : tr("没有记录含“%1”").arg(text));
         });
         connect(TxtFind, &QLineEdit::textChanged, lblFindResult, &QLabel::clear);
-        FindRecords->move(mapToGlobal(QPoint(width() - 360, 50)));
+        // Below the form, right-aligned, so that it hides no row; on a small screen as near as it fits.
+        FindRecords->adjustSize();
+        QRect at(mapToGlobal(QPoint(width() - FindRecords->width(), height() + 8)), FindRecords->size());
+        if (const QScreen* s = screen()) {
+            const QRect free = s->availableGeometry();
+            at.moveBottom(std::min(at.bottom(), free.bottom()));
+            at.moveRight(std::min(at.right(), free.right()));
+        }
+        FindRecords->move(at.topLeft());
     }
     FindRecords->show();
     FindRecords->raise();

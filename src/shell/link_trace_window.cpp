@@ -121,6 +121,9 @@ QVariant LinkTraceModel::data(const QModelIndex& index, int role) const
                        index.column() == ReplyAfter
                    ? int(Qt::AlignRight | Qt::AlignVCenter)
                    : int(Qt::AlignLeft | Qt::AlignVCenter);
+    // A long block does not fit its column: the whole of it on the pointer.
+    if (role == Qt::ToolTipRole && (index.column() == Request || index.column() == Reply))
+        return ShowLineChars(index.column() == Request ? x->request : x->reply);
     if (role != Qt::DisplayRole)
         return {};
     switch (index.column()) {
@@ -247,7 +250,7 @@ LinkTraceWindow::LinkTraceWindow() : QWidget(nullptr, Qt::Window)
     TraceRows->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     TraceRows->verticalHeader()->setDefaultSectionSize(22);
     TraceRows->horizontalHeader()->setStretchLastSection(true);
-    const int widths[LinkTraceModel::Columns] = {100, 50, 110, 64, 50, 300, 230, 70, 110};
+    const int widths[LinkTraceModel::Columns] = {96, 44, 100, 60, 44, 250, 300, 70, 110};
     for (int c = 0; c < LinkTraceModel::Columns; ++c)
         TraceRows->setColumnWidth(c, widths[c]);
 
