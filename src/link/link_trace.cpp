@@ -79,6 +79,16 @@ void LinkTraceRing::end(TraceExchange* x, TraceOutcome outcome, const QByteArray
     emit updated(x->seq);
 }
 
+TraceExchange* LinkTraceRing::lastSent()
+{
+    for (quint64 s = lastSeq(); s >= firstSeq() && s > 0 && lastSeq() - s < kLateLookBack; --s) {
+        TraceExchange* x = slot(s);
+        if (x->sentMs >= 0 && x->outcome != TraceOutcome::Dropped)
+            return x;
+    }
+    return nullptr;
+}
+
 TraceExchange* LinkTraceRing::lastUnanswered()
 {
     for (quint64 s = lastSeq(); s >= firstSeq() && s > 0 && lastSeq() - s < kLateLookBack; --s) {
@@ -93,7 +103,7 @@ void LinkTraceRing::sent(const QString& frame, short step, const QByteArray& cle
 {
     // What the port threw away before this frame went out is the rest of the last request's answer,
     // too little to be read.
-    if (TraceExchange* prev = last(); prev && !clearedBefore.isEmpty() && prev->reply.isEmpty() &&
+    if (TraceExchange* prev = lastSent(); prev && !clearedBefore.isEmpty() && prev->reply.isEmpty() &&
                                       (prev->outcome == TraceOutcome::Waiting || prev->outcome == TraceOutcome::TimedOut)) {
         prev->outcome = clearedBefore.startsWith(kNak) ? TraceOutcome::Nak : TraceOutcome::Short;
         prev->reply = clearedBefore;
@@ -136,10 +146,10 @@ void LinkTraceRing::dropped(const QString& frame)
 
 void LinkTraceRing::received(const QByteArray& reply)
 {
-    TraceExchange* x = last();
+    TraceExchange* x = lastSent();
     // A reply while no step waits for one is thrown away by the dispatch.
     const bool wanted = FindStep(StepNo) != nullptr;
-    if (x && x->outcome == TraceOutcome::Waiting && x->sentMs >= 0) {
+    if (x && x->outcome == TraceOutcome::Waiting) {
         end(x, wanted ? refused(reply, x->awaited) : TraceOutcome::Late, reply);
         receivedSeq_ = wanted ? x->seq : 0;
         return;
@@ -158,8 +168,8 @@ void LinkTraceRing::taken()
 
 void LinkTraceRing::clockTicked()
 {
-    TraceExchange* x = last();
-    if (x && x->outcome == TraceOutcome::Waiting && x->sentMs >= 0)
+    TraceExchange* x = lastSent();
+    if (x && x->outcome == TraceOutcome::Waiting)
         end(x, TraceOutcome::TimedOut, {});
 }
 

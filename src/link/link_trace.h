@@ -74,7 +74,8 @@ signals:
 
 private:
     TraceExchange* slot(quint64 seq) { return const_cast<TraceExchange*>(at(seq)); }
-    TraceExchange* last() { return slot(lastSeq()); }
+    // The latest request that went out: a frame dropped or a reply without a request since does not count.
+    TraceExchange* lastSent();
     // The latest exchange that timed out with nothing back, among the last few.
     TraceExchange* lastUnanswered();
     void append(TraceExchange x);

@@ -32,11 +32,9 @@ QStringList ringSummary(bool withReply)
     const LinkTraceRing& r = LinkTrace();
     for (quint64 s = r.firstSeq(); s <= r.lastSeq() && s > 0; ++s) {
         const TraceExchange& x = *r.at(s);
-        QString e = (x.outcome == TraceOutcome::Dropped ? QStringLiteral("") : QLatin1String(x.resent ? "re-sent/" : "sent/")) +
-                    TraceOutcomeText(x.outcome);
-        if (withReply && !x.reply.isEmpty())
-            e += QLatin1Char(' ') + ShowLineChars(x.reply);
-        out << e;
+        const char* send = x.outcome == TraceOutcome::Dropped ? "" : x.resent ? "re-sent/" : "sent/";
+        out << QLatin1String(send) + TraceOutcomeText(x.outcome) +
+                   (withReply && !x.reply.isEmpty() ? QLatin1Char(' ') + ShowLineChars(x.reply) : QString());
     }
     return out;
 }
@@ -110,6 +108,8 @@ private slots:
         StepNo = 61;
         send_recieve(BuildWriteFrame(QStringLiteral("S212"), QStringLiteral("0000"), 4));
         QCOMPARE(ringSummary(false), (QStringList{"sent/waiting", "dropped"}));
+        tick();  // the time-out is the request's that is out, not the dropped one's
+        QCOMPARE(ringSummary(false), (QStringList{"sent/timed out", "dropped"}));
     }
 
     // The controller stays silent: nine sends, nine time-outs, then the file in ProgramErr before the box,
