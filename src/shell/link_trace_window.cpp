@@ -20,35 +20,26 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-#include <set>
+#include <algorithm>
 
 namespace {
-QString outcomeLabel(TraceOutcome o)
-{
-    switch (o) {
-    case TraceOutcome::Waiting:
-        return LinkTraceWindow::tr("等待回复");
-    case TraceOutcome::Acknowledged:
-        return LinkTraceWindow::tr("已确认");
-    case TraceOutcome::Nak:
-        return LinkTraceWindow::tr("否认(NAK)");
-    case TraceOutcome::ReplyTaken:
-        return LinkTraceWindow::tr("已取回复");
-    case TraceOutcome::TimedOut:
-        return LinkTraceWindow::tr("超时");
-    case TraceOutcome::Garbage:
-        return LinkTraceWindow::tr("乱码");
-    case TraceOutcome::Short:
-        return LinkTraceWindow::tr("过短");
-    case TraceOutcome::Long:
-        return LinkTraceWindow::tr("过长");
-    case TraceOutcome::Late:
-        return LinkTraceWindow::tr("迟到");
-    case TraceOutcome::Dropped:
-        return LinkTraceWindow::tr("丢弃");
-    }
-    return {};
-}
+// Translated where they are shown; the Chinese is the source text.
+constexpr const char* kOutcomeText[kTraceOutcomes] = {
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "等待回复"), QT_TRANSLATE_NOOP("LinkTraceWindow", "已确认"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "否认(NAK)"), QT_TRANSLATE_NOOP("LinkTraceWindow", "已取回复"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "超时"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "乱码"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "过短"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "过长"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "迟到"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "丢弃"),
+};
+constexpr const char* kHeaderText[LinkTraceModel::Columns] = {
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "时间(ms)"), QT_TRANSLATE_NOOP("LinkTraceWindow", "步号"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "窗体"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "器件"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "数量"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "发送"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "回复"),     QT_TRANSLATE_NOOP("LinkTraceWindow", "用时(ms)"),
+    QT_TRANSLATE_NOOP("LinkTraceWindow", "结果"),
+};
+
+QString outcomeLabel(TraceOutcome o) { return LinkTraceWindow::tr(kOutcomeText[int(o)]); }
 
 bool failed(TraceOutcome o)
 {
@@ -152,30 +143,9 @@ QVariant LinkTraceModel::data(const QModelIndex& index, int role) const
 
 QVariant LinkTraceModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    switch (section) {
-    case Time:
-        return LinkTraceWindow::tr("时间(ms)");
-    case Step:
-        return LinkTraceWindow::tr("步号");
-    case Form:
-        return LinkTraceWindow::tr("窗体");
-    case Device:
-        return LinkTraceWindow::tr("器件");
-    case Count:
-        return LinkTraceWindow::tr("数量");
-    case Request:
-        return LinkTraceWindow::tr("发送");
-    case Reply:
-        return LinkTraceWindow::tr("回复");
-    case ReplyAfter:
-        return LinkTraceWindow::tr("用时(ms)");
-    case Outcome:
-        return LinkTraceWindow::tr("结果");
-    default:
-        return {};
-    }
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < Columns)
+        return LinkTraceWindow::tr(kHeaderText[section]);
+    return QAbstractTableModel::headerData(section, orientation, role);
 }
 
 // ---- the filter ----
@@ -226,7 +196,7 @@ LinkTraceWindow::LinkTraceWindow() : QWidget(nullptr, Qt::Window)
     OutcomeFilter = new QComboBox(this);
     OutcomeFilter->setObjectName(QStringLiteral("OutcomeFilter"));
     OutcomeFilter->addItem(tr("全部"), -1);
-    for (TraceOutcome o : {TraceOutcome::Acknowledged, TraceOutcome::Nak, TraceOutcome::ReplyTaken}) 
+    for (TraceOutcome o : {TraceOutcome::Acknowledged, TraceOutcome::Nak, TraceOutcome::ReplyTaken})
         OutcomeFilter->addItem(outcomeLabel(o), int(o));
     OutcomeFilter->addItem(tr("重发"), kResentFilter);
     for (TraceOutcome o : {TraceOutcome::TimedOut, TraceOutcome::Garbage, TraceOutcome::Short, TraceOutcome::Long,
@@ -350,6 +320,7 @@ void LinkTraceWindow::copySelected()
         text += cells.join(QLatin1Char('\t')) + QLatin1Char('\n');
     }
     QApplication::clipboard()->setText(text);
+    LblStatus->setStyleSheet(QString());
     LblStatus->setText(tr("已复制 %1 行").arg(rows.size()));
 }
 
