@@ -186,7 +186,7 @@ QByteArray SerialCommPort::dropUnread()
     if (!port_)
         return {};
     // Read rather than flushed, so that the trace can show a reply that stopped short.
-    QByteArray unread = port_->readAll();
+    QByteArray unread = port_->bytesAvailable() > 0 ? port_->readAll() : QByteArray();
     int held = 0;
     if (::ioctl(int(port_->handle()), FIONREAD, &held) == 0 && held > 0) {
         const qsizetype at = unread.size();
