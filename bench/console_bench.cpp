@@ -2,10 +2,12 @@
 // Prints, for each chain, the console's turnaround as the simulator sees it (the write of the last
 // character of a reply to the first character of the next request), the reply-to-label latency, the
 // start-up of the real executable to its first painted window, memory, CPU share while polling, and the
-// record viewer's open time and memory. Prints figures; asserts nothing.
+// record viewer's open time and memory, and the records out as CSV. Prints figures; asserts nothing.
 //
-//   console_bench [--only chains,live,cpu,startup,viewer] [--cpu-seconds N] [--polls N]
+//   console_bench [--only chains,live,cpu,startup,viewer,csv] [--cpu-seconds N] [--polls N]
+#include "calibration/frm_jk.h"
 #include "calibration/mb_question.h"
+#include "calibration/records_csv.h"
 #include "calibration/yi_biao.h"
 #include "common/app_paths.h"
 #include "common/form_access.h"
@@ -21,6 +23,7 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QBuffer>
 #include <QCheckBox>
 #include <QDir>
 #include <QElapsedTimer>
@@ -584,6 +587,40 @@ void viewer()
     QFile::remove(path);
 }
 
+// ---- the records out as CSV ----
+void csv()
+{
+    const QString path = AppPaths::inApp(QStringLiteral("Data/BiaoCeng.txt"));
+    writeRecords(path, 100000);
+    const QString out = AppPaths::inApp(QStringLiteral("records.csv"));
+    std::printf("\nRecords out as CSV, 100,000 records (%.1f MB list):\n", double(QFile(path).size()) / 1e6);
+    // The viewer's export, as Ctrl+S runs it once the file is chosen: the rows shown, to a file.
+    Forms::show(QStringLiteral("FrmJk"));
+    const auto* grid = Forms::loaded(QStringLiteral("FrmJk"))->findChild<QAbstractItemView*>(QStringLiteral("MSGrid"));
+    const OpRecords& shown = static_cast<const OpRecordModel*>(grid->model())->records();
+    std::vector<double> exports, command;
+    for (int i = 0; i < 10; ++i) {
+        const qint64 t0 = nowNs();
+        ExportRecordsCsv(shown, out);
+        exports.push_back(double(nowNs() - t0) / 1e6);
+    }
+    closeViewer();
+    std::printf("  viewer export (Ctrl+S, 10 runs): median %.0f ms, max %.0f ms; %.1f MB written\n",
+                stats(exports).p50, stats(exports).max, double(QFile(out).size()) / 1e6);
+    // The records command: read the list, pick the months, print.
+    for (int i = 0; i < 10; ++i) {
+        QBuffer sink;
+        sink.open(QIODevice::WriteOnly);
+        const qint64 t0 = nowNs();
+        PrintRecordsCsv(QStringLiteral("2026-01"), QStringLiteral("2026-11"), QString(), sink);
+        command.push_back(double(nowNs() - t0) / 1e6);
+    }
+    std::printf("  records command, all 100,000 in range (read, select, print; 10 runs): median %.0f ms, max %.0f ms\n",
+                stats(command).p50, stats(command).max);
+    QFile::remove(out);
+    QFile::remove(path);
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -594,7 +631,7 @@ int main(int argc, char** argv)
     InstallAppLook(app);
     RegisterForms();
     QStringList only = {QStringLiteral("chains"), QStringLiteral("live"), QStringLiteral("cpu"),
-                        QStringLiteral("startup"), QStringLiteral("viewer")};
+                        QStringLiteral("startup"), QStringLiteral("viewer"), QStringLiteral("csv")};
     int cpuSeconds = 60, polls = 1000, rounds = 50;
     const QStringList args = app.arguments();
     for (int i = 1; i + 1 < args.size(); i += 2) {
@@ -629,6 +666,8 @@ int main(int argc, char** argv)
     b.report();
     if (only.contains(QLatin1String("viewer")))
         viewer();
+    if (only.contains(QLatin1String("csv")))
+        csv();
     if (only.contains(QLatin1String("startup")))
         startup(5);
     Forms::unloadAll();

@@ -1,15 +1,18 @@
 // Figures of the paths that run on every request: building a block write, taking a live block apart,
-// and one round trip through the in-process controller. Prints figures; asserts nothing.
+// the link trace's record of an exchange, and one round trip through the in-process controller. Prints
+// figures; asserts nothing.
 #include "common/app_paths.h"
 #include "common/module1.h"
 #include "common/profile.h"
 #include "link/comm_port.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
+#include "link/link_trace.h"
 #include "plcsim/controller.h"
 #include "plcsim/sim_port.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <cstdio>
@@ -58,8 +61,23 @@ int main(int argc, char** argv)
             sink = sink + GetWordFromPayload(k, p);
     });
 
+    // What the link engine tells the trace of a live read: the frame out, the reply in, the reply taken.
+    const QString liveFrame = BuildReadFrameWords(QStringLiteral("D11"), 32);
+    const QByteArray replyBytes = reply.toLatin1();
+    StepNo = 51;
+    measure("link trace of one live read (out, in, taken)", 200000, [&](int) {
+        LinkTrace().sent(liveFrame, 51, QByteArray());
+        LinkTrace().received(replyBytes);
+        LinkTrace().taken();
+    });
+
     QTemporaryDir dir;
     AppPaths::setAppFolder(dir.path());
+    // What the fault box waits for: the full ring written to ProgramErr.
+    measure("trace file of a full ring (5,000 exchanges)", 10, [&](int i) {
+        sink = sink + WriteTraceFile(LinkTrace(), dir.path(), QDateTime::currentDateTime().addSecs(i)).size();
+    });
+    LinkTrace().clear();
     const QString ini = dir.filePath(QStringLiteral("bench.ini"));
     for (int k = 0; k < 200; ++k)
         WriteProfileValue(QStringLiteral("S%1").arg(k % 20), QStringLiteral("K%1").arg(k), QString::number(k), ini);

@@ -2,6 +2,186 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US">
 <context>
+    <name>FrmJk</name>
+    <message>
+        <source>导出为CSV文件...</source>
+        <translation>Export as CSV...</translation>
+    </message>
+    <message>
+        <source>查找...</source>
+        <translation>Find...</translation>
+    </message>
+    <message>
+        <source>标秤记录</source>
+        <translation>Calibration records</translation>
+    </message>
+    <message>
+        <source>导出标秤记录</source>
+        <translation>Export calibration records</translation>
+    </message>
+    <message>
+        <source>CSV文件 (*.csv)</source>
+        <translation>CSV files (*.csv)</translation>
+    </message>
+    <message>
+        <source>已导出%1条记录到：
+%2</source>
+        <translation>%1 records exported to:
+%2</translation>
+    </message>
+    <message>
+        <source>导出失败：
+%1
+%2</source>
+        <translation>Export failed:
+%1
+%2</translation>
+    </message>
+    <message>
+        <source>查找记录</source>
+        <translation>Find records</translation>
+    </message>
+    <message>
+        <source>查找下一个</source>
+        <translation>Find next</translation>
+    </message>
+    <message>
+        <source>没有记录含“%1”</source>
+        <translation>No record holds “%1”</translation>
+    </message>
+</context>
+<context>
+    <name>LinkTraceWindow</name>
+    <message>
+        <source>等待回复</source>
+        <translation>Waiting</translation>
+    </message>
+    <message>
+        <source>已确认</source>
+        <translation>Acknowledged</translation>
+    </message>
+    <message>
+        <source>否认(NAK)</source>
+        <translation>NAK</translation>
+    </message>
+    <message>
+        <source>已取回复</source>
+        <translation>Reply taken</translation>
+    </message>
+    <message>
+        <source>超时</source>
+        <translation>Timed out</translation>
+    </message>
+    <message>
+        <source>乱码</source>
+        <translation>Garbage</translation>
+    </message>
+    <message>
+        <source>过短</source>
+        <translation>Short</translation>
+    </message>
+    <message>
+        <source>过长</source>
+        <translation>Long</translation>
+    </message>
+    <message>
+        <source>迟到</source>
+        <translation>Late</translation>
+    </message>
+    <message>
+        <source>丢弃</source>
+        <translation>Dropped</translation>
+    </message>
+    <message>
+        <source>时间(ms)</source>
+        <translation>Time (ms)</translation>
+    </message>
+    <message>
+        <source>步号</source>
+        <translation>Step</translation>
+    </message>
+    <message>
+        <source>窗体</source>
+        <translation>Form</translation>
+    </message>
+    <message>
+        <source>器件</source>
+        <translation>Device</translation>
+    </message>
+    <message>
+        <source>数量</source>
+        <translation>Count</translation>
+    </message>
+    <message>
+        <source>发送</source>
+        <translation>Sent</translation>
+    </message>
+    <message>
+        <source>回复</source>
+        <translation>Reply</translation>
+    </message>
+    <message>
+        <source>用时(ms)</source>
+        <translation>After (ms)</translation>
+    </message>
+    <message>
+        <source>结果</source>
+        <translation>Outcome</translation>
+    </message>
+    <message>
+        <source>重发，%1</source>
+        <translation>Re-sent, %1</translation>
+    </message>
+    <message>
+        <source>通讯记录</source>
+        <translation>Link trace</translation>
+    </message>
+    <message>
+        <source>步号:</source>
+        <translation>Step:</translation>
+    </message>
+    <message>
+        <source>全部</source>
+        <translation>All</translation>
+    </message>
+    <message>
+        <source>结果:</source>
+        <translation>Outcome:</translation>
+    </message>
+    <message>
+        <source>重发</source>
+        <translation>Re-sent</translation>
+    </message>
+    <message>
+        <source>复制所选</source>
+        <translation>Copy selected</translation>
+    </message>
+    <message>
+        <source>全部保存...</source>
+        <translation>Save all...</translation>
+    </message>
+    <message>
+        <source>已复制 %1 行</source>
+        <translation>%1 rows copied</translation>
+    </message>
+    <message>
+        <source>保存通讯记录</source>
+        <translation>Save link trace</translation>
+    </message>
+    <message>
+        <source>文本文件 (*.txt)</source>
+        <translation>Text files (*.txt)</translation>
+    </message>
+    <message>
+        <source>已保存 %1 条通讯到 %2</source>
+        <translation>%1 exchanges saved to %2</translation>
+    </message>
+    <message>
+        <source>无法写入 %1</source>
+        <translation>Cannot write %1</translation>
+    </message>
+</context>
+<context>
     <name>OwnText</name>
     <message>
         <source>清水</source>
@@ -302,6 +482,18 @@
     <message>
         <source>料仓名称设定失败!</source>
         <translation>Setting the bin names failed!</translation>
+    </message>
+    <message>
+        <source>“%1”不是月份：请写成 YYYY-MM，例如 2026-03</source>
+        <translation>&quot;%1&quot; is not a month: give it as YYYY-MM, for example 2026-03</translation>
+    </message>
+    <message>
+        <source>--from %1 晚于 --to %2</source>
+        <translation>--from %1 is after --to %2</translation>
+    </message>
+    <message>
+        <source>输出无法写入：</source>
+        <translation>The output could not be written: </translation>
     </message>
 </context>
 </TS>

@@ -145,13 +145,15 @@ bool lineEnd(QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n');
 
 }  // namespace
 
-QString OpRecords::field(int row, int column) const
+QString OpRecords::field(int row, int column) const { return QString::fromUtf8(fieldBytes(row, column)); }
+
+QByteArrayView OpRecords::fieldBytes(int row, int column) const
 {
     const size_t k = size_t(row) * kColumns + size_t(column);
     if (row < 0 || column < 0 || column >= kColumns || k >= ends_.size())
         return {};
     const quint32 begin = k == 0 ? 0 : ends_[k - 1];
-    return QString::fromUtf8(text_.constData() + begin, qsizetype(ends_[k] - begin));
+    return QByteArrayView(text_.constData() + begin, qsizetype(ends_[k] - begin));
 }
 
 void OpRecords::clear()

@@ -1,6 +1,7 @@
 #pragma once
 // The three traces of a successful calibration: the monthly file of values, its hidden copy on the
 // system drive, and the operation list that the record viewer shows. All appended, never edited.
+#include <QByteArrayView>
 #include <QDateTime>
 #include <QList>
 #include <QString>
@@ -33,6 +34,7 @@ public:
     int rowCount() const { return int((ends_.size() + kColumns - 1) / kColumns); }
     // Empty where the last row of a file ends short.
     QString field(int row, int column) const;
+    QByteArrayView fieldBytes(int row, int column) const;  // the same as UTF-8, without a copy
     qsizetype itemCount() const { return qsizetype(ends_.size()); }
     void clear();
     void append(QStringView item);

@@ -4,9 +4,13 @@
 #include "shell/form_base.h"
 
 #include <QAbstractTableModel>
+#include <functional>
 
+class QAction;
 class QDateEdit;
+class QDialog;
 class QLineEdit;
+class QMenu;
 class QPushButton;
 class QTableView;
 
@@ -22,6 +26,7 @@ public:
     void setHeaders(const QStringList& headers);
     void setRecords(OpRecords records);
     void clear();
+    const OpRecords& records() const { return records_; }
 
 private:
     OpRecords records_;
@@ -37,11 +42,22 @@ public:
 
     QString FileName;
 
+    // Beside the design: the rows shown out as CSV (Ctrl+S, and the grid's menu), and a text found in them
+    // (Ctrl+F).
+    void ExportRows();
+    void ShowFind();
+    // Selects the next row after the current one that holds text, from the top again after the last;
+    // false if no row holds it.
+    bool FindNext(const QString& text);
+    // Where the export goes: asked by a file dialog; tests give the answer. Empty: not exported.
+    static inline std::function<QString(QWidget* parent, const QString& suggested)> ChooseExportPath;
+
 protected:
     void showEvent(QShowEvent* e) override;
 
 private:
     void writeHeaders();
+    void showGridMenu(const QPoint& at);
 
     QLabel* lblFormTitle = nullptr;
     QLabel* lblDate = nullptr;
@@ -51,4 +67,11 @@ private:
     QLineEdit* TxtDate = nullptr;
     QPushButton* Command2 = nullptr;
     ImageButton ImageExit;
+    QAction* ExportCsv = nullptr;
+    QAction* FindText = nullptr;
+    QMenu* MSGridMenu = nullptr;
+    QDialog* FindRecords = nullptr;
+    QLineEdit* TxtFind = nullptr;
+    QPushButton* cmdFindNext = nullptr;
+    QLabel* lblFindResult = nullptr;
 };

@@ -1,5 +1,9 @@
 #include "cfg/cfg_commands.h"
 
+#include "calibration/records_csv.h"
+
+#include <QFile>
+
 #include "cfg/cfg_text.h"
 #include "cfg/plant_link.h"
 #include "cfg/snapshot.h"
@@ -323,5 +327,21 @@ int CfgRestore(const CfgRun& run, const QString& file)
     }
     progress(run, writing, int(toWrite.size()), int(toWrite.size()));
     run.err(CfgText("CFG040", "已写入：%1").arg(listText(written)));
+    return kCfgOk;
+}
+
+int CfgRecords(const CfgRun& run)
+{
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly)) {
+        run.err(CfgText("CFG033", "文件无法写入。"));
+        return kCfgError;
+    }
+    const QString error = PrintRecordsCsv(run.from, run.to, run.scale, out);
+    out.close();
+    if (!error.isEmpty()) {
+        run.err(error);
+        return kCfgError;
+    }
     return kCfgOk;
 }

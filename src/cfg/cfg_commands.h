@@ -10,6 +10,7 @@ enum CfgExit { kCfgOk = 0, kCfgDiffers = 1, kCfgDeclined = 1, kCfgError = 2 };
 struct CfgRun {
     QString port;      // "Com2", "2" or a device path; empty: the console's port of BLZConfig.dat
     bool yes = false;  // restore without asking
+    QString from, to, scale;  // records: months "YYYY-MM" (empty: no bound) and one scale's name
     std::function<void(const QString&)> out;
     std::function<void(const QString&)> err;
     std::function<bool(const QString& question)> ask;
@@ -25,3 +26,5 @@ int CfgSave(const CfgRun& run, const QString& file);
 // One file against the controller now, or two files.
 int CfgDiff(const CfgRun& run, const QString& file, const QString& file2 = QString());
 int CfgRestore(const CfgRun& run, const QString& file);
+// The calibration records of the months asked, as CSV on standard output.
+int CfgRecords(const CfgRun& run);

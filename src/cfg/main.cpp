@@ -38,6 +38,8 @@ const Subcommand kSubcommands[] = {
      [](const CfgRun& r, const QStringList& f) { return CfgDiff(r, f[0], f.value(1)); }},
     {"restore", 1, 1, "FILE", "CFG052", "显示不同之处，询问后写入不同的数据块，并逐块读回核对",
      [](const CfgRun& r, const QStringList& f) { return CfgRestore(r, f[0]); }},
+    {"records", 0, 0, "", "CFG068", "把标秤记录以CSV格式（无字节顺序标记，CRLF行尾）输出到标准输出",
+     [](const CfgRun& r, const QStringList&) { return CfgRecords(r); }},
 };
 
 void help()
@@ -54,6 +56,9 @@ void help()
     say(stdout, QStringLiteral("  -p, --port PORT").leftJustified(24) +
                     CfgText("CFG057", "端口：Com1 到 Com6（见 Data/ComPorts.ini）或设备路径；默认为控制台的端口"));
     say(stdout, QStringLiteral("  -y, --yes").leftJustified(24) + CfgText("CFG058", "恢复时不询问"));
+    say(stdout, QStringLiteral("  --from YYYY-MM").leftJustified(24) + CfgText("CFG069", "records：从该月起（含）"));
+    say(stdout, QStringLiteral("  --to YYYY-MM").leftJustified(24) + CfgText("CFG070", "records：到该月止（含）"));
+    say(stdout, QStringLiteral("  --scale NAME").leftJustified(24) + CfgText("CFG071", "records：只输出该秤的记录"));
     say(stdout, QStringLiteral("  -h, --help").leftJustified(24) + CfgText("CFG059", "显示本帮助后退出"));
     say(stdout, QStringLiteral("  -V, --version").leftJustified(24) + CfgText("CFG060", "显示版本后退出"));
     say(stdout, QString());
@@ -117,6 +122,11 @@ int main(int argc, char** argv)
             run.port = args[++i];
         } else if (a.startsWith(QLatin1String("--port="))) {
             run.port = a.mid(7);
+        } else if (a == QLatin1String("--from") || a == QLatin1String("--to") || a == QLatin1String("--scale")) {
+            if (i + 1 >= args.size())
+                usageError(CfgText("CFG072", "选项 %1 需要一个值。").arg(a));
+            QString& value = a == QLatin1String("--from") ? run.from : a == QLatin1String("--to") ? run.to : run.scale;
+            value = args[++i];
         } else if (a.startsWith(QLatin1Char('-')) && a.size() > 1) {
             usageError(CfgText("CFG065", "未知的选项 %1。").arg(a));
         } else {

@@ -9,6 +9,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
+#include <unistd.h>
 
 void CommPort::setThreshold(int n)
 {
@@ -18,10 +19,10 @@ void CommPort::setThreshold(int n)
 
 int CommPort::clearInput()
 {
-    const int n = int(in_.size()) + dropUnread();
-    in_.clear();
+    cleared_ = std::exchange(in_, QByteArray());
+    cleared_ += dropUnread();
     wakeAfter(stillAwaited());
-    return n;
+    return int(cleared_.size());
 }
 
 QByteArray CommPort::takeInput()
@@ -180,14 +181,19 @@ void SerialCommPort::wakeAfter(int n)
         vmin_ = vmin;
 }
 
-int SerialCommPort::dropUnread()
+QByteArray SerialCommPort::dropUnread()
 {
     if (!port_)
-        return 0;
-    int unread = 0;
-    if (::ioctl(int(port_->handle()), FIONREAD, &unread) != 0)
-        unread = 0;
-    unread += int(port_->bytesAvailable());
+        return {};
+    // Read rather than flushed, so that the trace can show a reply that stopped short.
+    QByteArray unread = port_->bytesAvailable() > 0 ? port_->readAll() : QByteArray();
+    int held = 0;
+    if (::ioctl(int(port_->handle()), FIONREAD, &held) == 0 && held > 0) {
+        const qsizetype at = unread.size();
+        unread.resize(at + held);
+        const ssize_t n = ::read(int(port_->handle()), unread.data() + at, size_t(held));
+        unread.resize(at + std::max<qsizetype>(0, n));
+    }
     port_->clear(QSerialPort::Input);
     return unread;
 }

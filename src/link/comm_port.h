@@ -34,6 +34,8 @@ public:
     int inBufferCount() const { return int(in_.size()); }
     // Throws away what has arrived, also what the device holds unread; returns how many characters.
     int clearInput();
+    // What the last clearInput threw away, for the link's trace.
+    const QByteArray& lastCleared() const { return cleared_; }
     // Everything that has arrived, and the buffer is empty afterwards.
     QByteArray takeInput();
     void output(const QByteArray& bytes);
@@ -48,8 +50,8 @@ protected:
     virtual void writeBytes(const QByteArray& bytes) = 0;
     // A device that can hold back its wake-ups is told how many more characters are worth one (0: none).
     virtual void wakeAfter(int n) { (void)n; }
-    // Characters the device holds that have not been read yet are dropped; returns how many.
-    virtual int dropUnread() { return 0; }
+    // Characters the device holds that have not been read yet are dropped, and returned.
+    virtual QByteArray dropUnread() { return {}; }
     // Implementations call this with whatever has arrived.
     void bytesArrived(const QByteArray& bytes);
 
@@ -58,6 +60,7 @@ protected:
 
 private:
     QByteArray in_;
+    QByteArray cleared_;
     int threshold_ = 0;
     int arrivals_ = 0;
 };
@@ -79,7 +82,7 @@ public:
 protected:
     void writeBytes(const QByteArray& bytes) override;
     void wakeAfter(int n) override;
-    int dropUnread() override;
+    QByteArray dropUnread() override;
 
 private:
     void lost();

@@ -178,3 +178,36 @@ int GetWordFromPayload(int index, const QString& payload)
         value -= 65536;
     return value;
 }
+
+QString AddressToDevice(int address)
+{
+    if (address >= 4096 && address < 4096 + 2 * 512)
+        return QStringLiteral("D%1").arg((address - 4096) / 2);
+    if (address >= 3584 && address < 3584 + 2 * 256)
+        return QStringLiteral("D%1").arg(8000 + (address - 3584) / 2);
+    if (address >= 256 && address < 256 + 128)
+        return QStringLiteral("M%1").arg((address - 256) * 8);
+    if (address >= 160 && address < 160 + 16)
+        return QStringLiteral("Y%1").arg((address - 160) * 8, 0, 8);
+    if (address >= 0 && address < 125)
+        return QStringLiteral("S%1").arg(address * 8);
+    return pad4(Hex(address));
+}
+
+RequestFrame DecodeRequestFrame(const QString& frame)
+{
+    // STX, '0' read or '1' write, four hex digits of address, two of byte count, [data,] ETX, checksum.
+    RequestFrame r;
+    if (frame.size() < 11 || frame[0] != STX || (frame[1] != QLatin1Char('0') && frame[1] != QLatin1Char('1')))
+        return r;
+    bool okAddress = false, okCount = false;
+    const int address = QStringView(frame).mid(2, 4).toInt(&okAddress, 16);
+    const int bytes = QStringView(frame).mid(6, 2).toInt(&okCount, 16);
+    if (!okAddress || !okCount)
+        return r;
+    r.write = frame[1] == QLatin1Char('1');
+    r.device = AddressToDevice(address);
+    r.count = r.device.startsWith(QLatin1Char('D')) ? (bytes + 1) / 2 : bytes * 8;
+    r.awaited = r.write ? 1 : 2 * bytes + 4;
+    return r;
+}

@@ -24,6 +24,19 @@ QString BuildReadFrameWords(const QString& device, short wordCount);  // D block
 QString BuildReadFrameBytes(const QString& device, short byteCount);  // S and Y reads, always 2
 QString BuildWriteFrame(const QString& device, const QString& data, short digits);  // ExpectedReplyLen 1
 
+// A request read back from its characters: the first device it addresses (a bit device by the first bit
+// of its byte: "S999" is read as "S992"), how many devices it covers (registers of D, bits of S, M and Y)
+// and the length of a good reply. device is empty for anything that is not a request frame.
+struct RequestFrame {
+    bool write = false;
+    QString device;
+    int count = 0;
+    int awaited = 0;
+};
+RequestFrame DecodeRequestFrame(const QString& frame);
+// The device at a byte address: the inverse of DeviceToAddress; the address itself outside the known areas.
+QString AddressToDevice(int address);
+
 // Puts the value of text into 1-based word index of WriteImage; returns the new image (or empty text).
 QString ValueToDataSlot(const QString& text, int index);
 // The write of a block of count words, assembled in WriteImage as every block write is: a blank image,

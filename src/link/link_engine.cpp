@@ -5,6 +5,7 @@
 #include "common/vbtext.h"
 #include "common/form_access.h"
 #include "link/frame_codec.h"
+#include "link/link_trace.h"
 #include "link/step_table.h"
 #include "common/lang.h"
 
@@ -28,9 +29,14 @@ LinkEngine::LinkEngine()
     Timer1.setInterval(400);
     Timer3.setInterval(1000);
     connect(&Timer1, &QTimer::timeout, this, &LinkEngine::timer1Tick);
+    connect(&Timer2, &QTimer::timeout, this, [] { LinkTrace().clockTicked(); });
     connect(&Timer2, &QTimer::timeout, this, &LinkEngine::RetryRequest);
     connect(&Timer3, &QTimer::timeout, this, &LinkEngine::timer3Tick);
     connect(&line_, &RequestLine::replied, this, &LinkEngine::onReply);
+    connect(&line_, &RequestLine::sent, this, [this](const QString& frame) {
+        LinkTrace().sent(frame, LastStep.toShort(), port_ ? port_->lastCleared() : QByteArray());
+    });
+    connect(&line_, &RequestLine::lateReplies, this, [](const QByteArray& bytes) { LinkTrace().late(bytes); });
     // What a frame built meanwhile has left there is not what the held request awaits.
     connect(&line_, &RequestLine::released, this, [this] { ExpectedReplyLen = LastExpectedLen; });
 }
@@ -85,8 +91,10 @@ void LinkEngine::resetForLogin()
 void LinkEngine::send_recieve(const QString& frame)
 {
     const bool resend = std::exchange(resending_, false);
-    if (!SendFlag)
+    if (!SendFlag) {
+        LinkTrace().dropped(frame);
         return;
+    }
     trapped("send_recieve", [&] {
         SendFlag = false;
         LastExpectedLen = ExpectedReplyLen;
@@ -102,6 +110,7 @@ void LinkEngine::send_recieve(const QString& frame)
 // The receive event, once a reply for the request in flight is in.
 void LinkEngine::onReply(const QString& reply)
 {
+    LinkTrace().received(reply.toLatin1());
     trapped("MSComm1_OnComm", [&] {
         // A command-bit write answered with more than an ACK is left to the time-out.
         if (reply.size() > 2 && (StepNo == 54 || StepNo == 52 || StepNo == 160) && ExpectedReplyLen == 1)
@@ -115,6 +124,7 @@ void LinkEngine::onReply(const QString& reply)
 bool LinkEngine::AckOk(const QString& reply)
 {
     if (RequestLine::isAck(reply, ExpectedReplyLen)) {
+        LinkTrace().taken();
         SendFlag = true;
         line_.answered();
         return true;
@@ -128,6 +138,7 @@ QString LinkEngine::ReplyPayload(const QString& reply)
     const std::optional<QString> payload = RequestLine::payloadOf(reply, ExpectedReplyLen);
     if (!payload)
         return QString();
+    LinkTrace().taken();
     SendFlag = true;
     line_.answered();
     return *payload;
@@ -145,6 +156,7 @@ void LinkEngine::RetryRequest()
         ExpectedReplyLen = LastExpectedLen;
         StepNo = CInt(Val(LastStep));
         resending_ = true;
+        LinkTrace().resending();
         send_recieve(LastFrame);
         return;
     }
@@ -160,7 +172,11 @@ void LinkEngine::RetryRequest()
         OptionDone = true;
 }
 
-void ShowLinkFaultBox() { ShowOkBox(LinkFaultText(QStringLiteral("Com") + QString::number(PortNo)), true); }
+void ShowLinkFaultBox()
+{
+    WriteLinkFaultTrace();
+    ShowOkBox(LinkFaultText(QStringLiteral("Com") + QString::number(PortNo)), true);
+}
 
 QString LinkEngine::GetWrite_PLCD(const QString& device, short count)
 {

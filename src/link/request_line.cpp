@@ -85,7 +85,9 @@ void RequestLine::onReceived()
     if (!port_)
         return;
     if (holding_) {
-        takeEarlierReplies(port_->takeInput());
+        const QByteArray late = port_->takeInput();
+        emit lateReplies(late);
+        takeEarlierReplies(late);
         return;
     }
     const QString reply = QString::fromLatin1(port_->takeInput());

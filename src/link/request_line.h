@@ -68,6 +68,8 @@ signals:
     void replied(const QString& reply);
     // A held request has just gone out.
     void released();
+    // Replies owed to earlier sends, come while a request waits for them: never taken for it.
+    void lateReplies(const QByteArray& bytes);
 
 private:
     // One send of a request: when it went out and how long its reply is.

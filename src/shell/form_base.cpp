@@ -3,6 +3,7 @@
 #include "common/module1.h"
 #include "common/form_access.h"
 #include "common/lang.h"
+#include "shell/link_trace_window.h"
 
 #include <QApplication>
 #include <QFontInfo>
@@ -17,6 +18,7 @@
 #include <QPointer>
 #include <QProxyStyle>
 #include <QScreen>
+#include <QShortcut>
 #include <QTimer>
 
 namespace {
@@ -189,6 +191,9 @@ FormBase::FormBase(const QString& name, QWidget* parent) : QWidget(parent, Qt::F
     pal.setColor(QPalette::Window, QColor(232, 238, 246));
     setPalette(pal);
     addHoverSurface(this);
+    // The link's trace, beside every form.
+    auto* trace = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L), this);
+    connect(trace, &QShortcut::activated, this, [] { ShowLinkTraceWindow(); });
 }
 
 namespace {

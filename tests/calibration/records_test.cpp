@@ -1,17 +1,28 @@
 #include "test_support.h"
 
 #include "calibration/cal_records.h"
+#include "calibration/frm_jk.h"
+#include "calibration/records_csv.h"
 #include "common/form_access.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
 #include "shell/app_setup.h"
 
 #include <QAbstractItemModel>
+#include <QBuffer>
 #include <QDateEdit>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QHeaderView>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPointer>
+#include <QProcess>
+#include <QPushButton>
+#include <QStandardPaths>
 #include <QStringEncoder>
 #include <QTableView>
 #include <QTest>
@@ -37,6 +48,45 @@ QStringList longListRecord(int i)
     return {QStringLiteral("骨料%1秤").arg(i % 6 + 1), QStringLiteral("2026/%1/%2 9:%3:07").arg(i % 12 + 1).arg(i % 28 + 1).arg(i % 60),
             i % 3 ? QStringLiteral("张工%1").arg(i % 97) : QStringLiteral("李"), i % 2 ? QStringLiteral("标重") : QStringLiteral("标零"),
             QString::number(i), QString::number(i % 20000 / 10.0, 'f', 1), QString::number(i % 3001)};
+}
+
+// CSV as a spreadsheet program imports it (RFC 4180), written here once more so that the writer is not
+// checked by itself: fields by commas, quoted ones may hold commas, line ends and doubled quotes.
+QList<QStringList> readCsv(const QString& text)
+{
+    QList<QStringList> rows;
+    QStringList row;
+    QString field;
+    bool quoted = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (quoted) {
+            if (c == QLatin1Char('"') && i + 1 < text.size() && text[i + 1] == QLatin1Char('"'))
+                field += text[++i];
+            else if (c == QLatin1Char('"'))
+                quoted = false;
+            else
+                field += c;
+        } else if (c == QLatin1Char('"')) {
+            quoted = true;
+        } else if (c == QLatin1Char(',')) {
+            row << std::exchange(field, QString());
+        } else if (c == QLatin1Char('\r') && i + 1 < text.size() && text[i + 1] == QLatin1Char('\n')) {
+            row << std::exchange(field, QString());
+            rows << std::exchange(row, QStringList());
+            ++i;
+        } else {
+            field += c;
+        }
+    }
+    return rows;
+}
+
+void writeList(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QCOMPARE(f.write(bytes), bytes.size());
 }
 }  // namespace
 
@@ -227,6 +277,186 @@ private slots:
                 if (list.field(r, c) != want[c])
                     QFAIL(qPrintable(QStringLiteral("record %1 field %2: %3, not %4").arg(r).arg(c).arg(list.field(r, c), want[c])));
         }
+    }
+
+    // A field as CSV writes it, inside a row: quoted when it must be, quotes doubled, UTF-8, CRLF at the end.
+    void csvQuoting_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QByteArray>("csv");
+        const struct { const char *name, *field, *csv; } rows[] = {
+            {"plain", "1500.5", "1500.5"},
+            {"comma", "C,D", "\"C,D\""},
+            {"quote doubled", "ab\"c", "\"ab\"\"c\""},
+            {"CR LF kept inside quotes", "a\r\nb", "\"a\r\nb\""},
+            {"lone LF", "a\nb", "\"a\nb\""},
+            {"Chinese as UTF-8", "骨料1秤", "骨料1秤"},
+            {"blanks kept", " x ", " x "},
+            {"empty", "", ""},
+        };
+        for (const auto& r : rows)
+            QTest::newRow(r.name) << QString::fromUtf8(r.field) << QByteArray(r.csv);
+    }
+    void csvQuoting()
+    {
+        QFETCH(QString, field);
+        QFETCH(QByteArray, csv);
+        QCOMPARE(CsvRow({field, QStringLiteral("标零")}), csv + ",标零\r\n");
+    }
+
+    // Ctrl+S on the viewer: the rows shown, every field as the grid shows it, read back by a spreadsheet's
+    // rules (and by Python's csv module where there is one); a write that fails says so and leaves no file.
+    void exportRows_data()
+    {
+        QTest::addColumn<bool>("writable");
+        QTest::newRow("100,000 records read back") << true;
+        QTest::newRow("folder missing: the error box") << false;
+    }
+    void exportRows()
+    {
+        QFETCH(bool, writable);
+        QStringEncoder gb("GB18030");
+        QByteArray list = gb.encode(QStringLiteral("\"a,b\"\r\n2026/3/5 9:00:00\r\nx\"y\r\n标零\r\n5000\r\n0.0\r\n0\r\n\r\n"
+                                                   "二号秤\r\n2026/3/5 9:10:00\r\n\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"));
+        for (int i = 0; i < 100000 - 2; ++i)
+            list += gb.encode(longListRecord(i).join(QStringLiteral("\r\n")) + QStringLiteral("\r\n\r\n"));
+        writeList(h->path(QStringLiteral("Data/BiaoCeng.txt")), list);
+        Forms::show(QStringLiteral("FrmJk"));
+        auto* form = static_cast<FrmJk*>(Forms::loaded(QStringLiteral("FrmJk")));
+        const QString path = h->path(writable ? QStringLiteral("out/records.csv") : QStringLiteral("gone/records.csv"));
+        if (writable)
+            QDir().mkpath(h->path(QStringLiteral("out")));
+        FrmJk::ChooseExportPath = [&](QWidget*, const QString&) { return path; };
+        MbAnswerer mb;
+        form->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(form));
+        QTest::keyClick(form, Qt::Key_S, Qt::ControlModifier);
+        FrmJk::ChooseExportPath = nullptr;
+        QTRY_COMPARE(mb.texts.size(), 1);
+        QCOMPARE(mb.errorIcons, QList<bool>{!writable});
+        QCOMPARE(mb.texts[0].startsWith(QStringLiteral("导出失败")), !writable);
+        QCOMPARE(QFile::exists(path), writable);
+        if (!writable)
+            return;
+
+        const QByteArray bytes = rawBytes(path);
+        QVERIFY(bytes.startsWith("\xEF\xBB\xBF"));
+        const auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
+        QList<QStringList> grid{OpRecordHeaders()};
+        for (int r = 0; r < g->model()->rowCount(); ++r) {
+            QStringList cells;
+            for (int c = 0; c < 7; ++c)
+                cells << g->model()->index(r, c).data().toString();
+            grid << cells;
+        }
+        QCOMPARE(grid.size(), 100001);
+        QCOMPARE(grid[1], (QStringList{"a,b", "2026/3/5 9:00:00", "x\"y", "标零", "5000", "0.0", "0"}));
+        QCOMPARE(readCsv(QString::fromUtf8(bytes.mid(3))), grid);
+
+        const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+        if (python.isEmpty())
+            QSKIP("no python3 here: read back by the rules alone");
+        QProcess p;
+        p.start(python, {QStringLiteral("-c"),
+                         QStringLiteral("import csv, json, sys\n"
+                                        "with open(sys.argv[1], newline='', encoding='utf-8-sig') as f:\n"
+                                        "    json.dump(list(csv.reader(f)), sys.stdout)\n"),
+                         path});
+        QVERIFY(p.waitForFinished(60000));
+        QCOMPARE(p.exitCode(), 0);
+        QList<QStringList> read;
+        for (const QJsonValue& row : QJsonDocument::fromJson(p.readAllStandardOutput()).array())
+            read << row.toVariant().toStringList();
+        QCOMPARE(read, grid);
+    }
+
+    // Ctrl+F: the next row after the current one that holds the text, from the top again after the last.
+    void findSelectsTheNextRow_data()
+    {
+        QTest::addColumn<int>("current");  // -1: none
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("found");  // -1: none, the selection stays
+        QTest::newRow("from the top") << -1 << "标重" << 1;
+        QTest::newRow("after the current row") << 1 << "标" << 2;
+        QTest::newRow("round to the top") << 2 << "一号" << 0;
+        QTest::newRow("letters in any case") << 0 << "ab" << 2;
+        QTest::newRow("no row holds it") << 1 << "三号" << -1;
+    }
+    void findSelectsTheNextRow()
+    {
+        QFETCH(int, current);
+        QFETCH(QString, text);
+        QFETCH(int, found);
+        writeList(h->path(QStringLiteral("Data/BiaoCeng.txt")),
+                  TextFile::encode(QStringLiteral("一号秤\r\nt1\r\n张工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "二号秤\r\nt2\r\n张工\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "AB秤\r\nt3\r\n王工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n")));
+        Forms::show(QStringLiteral("FrmJk"));
+        QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
+        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
+        if (current >= 0)
+            g->selectRow(current);
+        form->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(form));
+        QTest::keyClick(form, Qt::Key_F, Qt::ControlModifier);
+        auto* find = Ctl<QDialog>(form, QStringLiteral("FindRecords"));
+        QVERIFY(find && find->isVisible());
+        Ctl<QLineEdit>(find, QStringLiteral("TxtFind"))->setText(text);
+        Ctl<QPushButton>(find, QStringLiteral("cmdFindNext"))->click();
+        QCOMPARE(g->currentIndex().row(), found >= 0 ? found : current);
+        QCOMPARE(g->selectionModel()->selectedRows().size(), found >= 0 || current >= 0 ? 1 : 0);
+        QCOMPARE(Ctl<QLabel>(find, QStringLiteral("lblFindResult"))->text().isEmpty(), found >= 0);
+    }
+
+    // The records command: the rows of the months asked for, of one scale if asked, as the grid shows them;
+    // a shifted row goes by the date in it. Bad months are told, nothing is printed.
+    void recordsCommand_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QString>("out");  // the first two fields of each row after the headers, or the error
+        const struct { const char *name, *from, *to, *scale, *out; } rows[] = {
+            {"months inclusive", "2026-01", "2026-03", "", "一号秤 2026/1/31 8:00:00|二号秤 2026/3/1 8:00:00|2026/3/2 8:00:00 李"},
+            {"one scale, by the field before the date", "2026-01", "2026-11", "一号秤", "一号秤 2026/1/31 8:00:00|2026/3/2 8:00:00 李|2026/11/2 8:00:00 李"},
+            {"a shifted row goes by its date", "2026-03", "2026-03", "一号秤", "2026/3/2 8:00:00 李"},
+            {"no bounds", "", "", "", "一号秤 2025/12/31 8:00:00|一号秤 2026/1/31 8:00:00|二号秤 2026/3/1 8:00:00|2026/3/2 8:00:00 李|2026/11/2 8:00:00 李"},
+            {"nothing in range", "2027-01", "", "", ""},
+            {"bad month", "2026-13", "", "", "error: --from: “2026-13”不是月份：请写成 YYYY-MM，例如 2026-03"},
+            {"from after to", "2026-11", "2026-01", "", "error: --from 2026-11 晚于 --to 2026-01"},
+        };
+        for (const auto& r : rows)
+            QTest::newRow(r.name) << QString::fromUtf8(r.from) << QString::fromUtf8(r.to) << QString::fromUtf8(r.scale)
+                                  << QString::fromUtf8(r.out);
+    }
+    void recordsCommand()
+    {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, scale);
+        QFETCH(QString, out);
+        // The third record has no operator: its row ends with the fourth's title, and the rows after it start
+        // with their dates.
+        writeList(h->path(QStringLiteral("Data/BiaoCeng.txt")),
+                  TextFile::encode(QStringLiteral("一号秤\r\n2025/12/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "一号秤\r\n2026/1/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "二号秤\r\n2026/3/1 8:00:00\r\n\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "一号秤\r\n2026/3/2 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
+                                                  "一号秤\r\n2026/11/2 8:00:00\r\n李\r\n标重\r\n1\r\n2\r\n3\r\n\r\n")));
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        const QString error = PrintRecordsCsv(from, to, scale, buffer);
+        if (out.startsWith(QStringLiteral("error: "))) {
+            QCOMPARE(error, out.mid(7));
+            QVERIFY(buffer.data().isEmpty());
+            return;
+        }
+        QCOMPARE(error, QString());
+        QVERIFY(buffer.data().startsWith("秤名称,标秤时间,操作员,具体操作,AD信号值,重量值,砝码值\r\n"));
+        QStringList got;
+        for (const QStringList& row : readCsv(QString::fromUtf8(buffer.data())).mid(1))
+            got << row[0] + QLatin1Char(' ') + row[1];
+        QCOMPARE(got.join(QLatin1Char('|')), out);
     }
 
 private:

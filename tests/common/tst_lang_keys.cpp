@@ -27,7 +27,7 @@ const Section kSections[] = {
     {"FACTORY", "LANFACTORYFORM", "2-3,5-6"},
     {"HUMID", "HUMIDFORM", "1-12,42-43"},
     {"MbQuestion", "LANMbQuestion", "1-4"},
-    {"CFG", "LANORVAPLCCFG", "1-2,10-24,30-41,50-67"},
+    {"CFG", "LANORVAPLCCFG", "1-2,10-24,30-41,50-72"},
 };
 
 // The entry of a key: its prefix followed by digits.

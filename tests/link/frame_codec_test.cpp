@@ -9,10 +9,11 @@
 class FrameCodecTest : public QObject {
     Q_OBJECT
 private slots:
-    // Decoding where it turns: the sign of a word, a hex byte, and each device's last and first bad number.
+    // Decoding where it turns: the sign of a word, a hex byte, each device's last and first bad number, and
+    // a request read back for the link's trace (device, devices covered, reply length).
     void decodingAtItsBoundaries_data()
     {
-        QTest::addColumn<QString>("kind");  // word (payload@index), byte or address
+        QTest::addColumn<QString>("kind");  // word (payload@index), byte, address or request (frame body)
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("result");
         const struct { const char *kind, *input, *result, *name; } rows[] = {
@@ -42,6 +43,14 @@ private slots:
             {"address", "Y177", "00A1", "Y177 taken as octal 17"},
             {"address", "Y200", "00A0", "Y beyond range"},
             {"address", "X1", "0000", "unknown letter"},
+            {"request", "0101640", "D11 32 132", "live block read back"},
+            {"request", "0007C02", "S992 16 8", "a bit device by its byte's first bit"},
+            {"request", "1001A020800", "S208 16 1", "write of a command bit"},
+            {"request", "10E000401000200", "D8000 2 1", "special D written"},
+            {"request", "000A602", "Y60 16 8", "octal Y"},
+            {"request", "0017F01", "M1016 8 6", "last M byte"},
+            {"request", "000C002", "00C0 16 8", "outside the console's areas: the address"},
+            {"request", "0500", " 0 0", "a reply is no request"},
         };
         for (const auto& r : rows)
             QTest::newRow(r.name) << r.kind << r.input << r.result;
@@ -56,7 +65,10 @@ private slots:
                      result);
         else if (kind == QLatin1String("byte"))
             QCOMPARE(QString::number(HexByteToInt(input)), result);
-        else
+        else if (kind == QLatin1String("request")) {
+            const RequestFrame r = DecodeRequestFrame(Frame(input));
+            QCOMPARE(QStringLiteral("%1 %2 %3").arg(r.device).arg(r.count).arg(r.awaited), result);
+        } else
             QCOMPARE(DeviceToAddress(input), result);
     }
 
