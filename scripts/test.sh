@@ -32,7 +32,7 @@ build() {
 run_ctest() {
     log="$1/ctest.log"
     (cd "$1" && ctest --output-on-failure -j "$jobs") > "$log" 2>&1
-    grep -v '^ *Start ' "$log" | grep -vE '^[0-9]+/[0-9]+ Test +#[0-9]+: .* Passed' || true
+    grep -v '^ *Start ' "$log" | grep -vE '^ *[0-9]+/[0-9]+ Test +#[0-9]+: .* Passed' || true
     line=$(grep -E 'tests passed, [0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)
     if [ -z "$line" ]; then
         echo "ctest in $1 gave no summary (see $log)."

@@ -1,0 +1,30 @@
+#!/bin/sh
+# Plants each fault of faults.tsv in turn, builds, runs the plain suite and prints which tests fail on it:
+# a row with no failing test is a fault the tests do not catch. Run from a clean checkout; each file is
+# restored from git after its run, also when the script is stopped.
+#   tests/faults/plant.sh [BUILD_DIR] [NAME...]
+set -u
+cd "$(dirname "$0")/../.."
+build=${1:-build}
+[ $# -gt 0 ] && shift
+current=""
+trap '[ -n "$current" ] && git checkout -q -- "$current"' EXIT INT TERM
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug > /dev/null || exit 2
+grep -v '^#' tests/faults/faults.tsv | while IFS="$(printf '\t')" read -r name file subst; do
+    [ -n "$name" ] || continue
+    if [ $# -gt 0 ] && ! printf '%s\n' "$@" | grep -qx "$name"; then continue; fi
+    current=$file
+    if ! perl -0pi -e "\$n = ($subst); END { \$? = \$n ? 0 : 1 }" "$file"; then
+        echo "$name: the pattern is not in $file"
+        git checkout -q -- "$file"
+        continue
+    fi
+    if ! cmake --build "$build" -j "$(nproc)" > "$build/fault-build.log" 2>&1; then
+        echo "$name: caught by the build"
+    else
+        failed=$(cd "$build" && ctest -j "$(nproc)" 2>&1 | sed -n 's/^[[:space:]]*[0-9]* - \([^ ]*\) .*/\1/p' | tr '\n' ' ')
+        echo "$name: ${failed:-NOT CAUGHT}"
+    fi
+    git checkout -q -- "$file"
+    current=""
+done
