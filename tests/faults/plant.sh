@@ -1,7 +1,8 @@
 #!/bin/sh
 # Plants each fault of faults.tsv in turn, builds, runs the plain suite and prints which tests fail on it:
 # a row with no failing test is a fault the tests do not catch. Run from a clean checkout; each file is
-# restored from git after its run, also when the script is stopped.
+# restored from git after its run, also when the script is stopped. A test still running after two
+# minutes counts as failing: a fault that makes the link wait shows as a hang.
 #   tests/faults/plant.sh [BUILD_DIR] [NAME...]
 set -u
 cd "$(dirname "$0")/../.."
@@ -9,7 +10,7 @@ build=${1:-build}
 [ $# -gt 0 ] && shift
 current=""
 trap '[ -n "$current" ] && git checkout -q -- "$current"' EXIT INT TERM
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug > /dev/null || exit 2
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVA_TEST_TIMEOUT=120 > /dev/null || exit 2
 grep -v '^#' tests/faults/faults.tsv | while IFS="$(printf '\t')" read -r name file subst; do
     [ -n "$name" ] || continue
     if [ $# -gt 0 ] && ! printf '%s\n' "$@" | grep -qx "$name"; then continue; fi
