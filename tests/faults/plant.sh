@@ -4,7 +4,7 @@
 # restored from git after its run, also when the script is stopped. A test still running after two
 # minutes counts as failing: a fault that makes the link wait shows as a hang.
 #   tests/faults/plant.sh [BUILD_DIR] [NAME...]
-# FAULT_TESTS, a ctest regular expression, runs only those tests (a quicker look at one folder's tests).
+# FAULT_TESTS, a ctest regular expression, builds and runs only those tests (a quicker look).
 set -u
 cd "$(dirname "$0")/../.."
 build=${1:-build}
@@ -12,6 +12,9 @@ build=${1:-build}
 current=""
 trap '[ -n "$current" ] && git checkout -q -- "$current"' EXIT INT TERM
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVA_TEST_TIMEOUT=120 > /dev/null || exit 2
+targets=""
+[ -n "${FAULT_TESTS:-}" ] &&
+    targets=$(cd "$build" && ctest -N -R "$FAULT_TESTS" | sed -n 's/^ *Test *#[0-9]*: \(tst_[^ ]*\|test_[^ ]*\|plcsim_[^ ]*\)$/\1/p' | tr '\n' ' ')
 grep -v '^#' tests/faults/faults.tsv | while IFS="$(printf '\t')" read -r name file subst; do
     [ -n "$name" ] || continue
     if [ $# -gt 0 ] && ! printf '%s\n' "$@" | grep -qx "$name"; then continue; fi
@@ -21,7 +24,7 @@ grep -v '^#' tests/faults/faults.tsv | while IFS="$(printf '\t')" read -r name f
         git checkout -q -- "$file"
         continue
     fi
-    if ! cmake --build "$build" -j "$(nproc)" > "$build/fault-build.log" 2>&1; then
+    if ! cmake --build "$build" -j "$(nproc)" ${targets:+--target $targets} > "$build/fault-build.log" 2>&1; then
         echo "$name: caught by the build"
     else
         failed=$(cd "$build" && ctest -j "$(nproc)" ${FAULT_TESTS:+-R "$FAULT_TESTS"} 2>&1 | sed -n 's/^[[:space:]]*[0-9]* - \([^ ]*\) .*/\1/p' | tr '\n' ' ')
