@@ -7,9 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
-
-#include <sys/fsuid.h>
-#include <unistd.h>
+#include <QStringEncoder>
 
 inline bool putBytes(const QString& path, const QByteArray& bytes)
 {
@@ -21,34 +19,15 @@ inline bool putBytes(const QString& path, const QByteArray& bytes)
 // UTF-16 little-endian behind its mark, as a Windows editor saves "Unicode".
 inline QByteArray u16(const QString& text)
 {
-    QByteArray b("\xFF\xFE");
-    for (const QChar c : text)
-        b.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
-    return b;
+    return "\xFF\xFE" + QStringEncoder(QStringEncoder::Utf16LE).encode(text);
 }
 
 inline QString fixture(const QString& name) { return QStringLiteral(ORVA_TEST_DATA "/common/") + name; }
 
-// Permission bits do not stop root. While this lives, the file accesses of this (the only) thread are
-// checked as those of "nobody", so a folder with mode 0555 cannot be written, as on an operator station.
-class UnprivilegedFiles {
-public:
-    UnprivilegedFiles()
-    {
-        if (::geteuid() == 0) {
-            oldGid_ = ::setfsgid(65534);
-            oldUid_ = ::setfsuid(65534);
-        }
-    }
-    ~UnprivilegedFiles()
-    {
-        if (oldUid_ >= 0) ::setfsuid(uid_t(oldUid_));
-        if (oldGid_ >= 0) ::setfsgid(gid_t(oldGid_));
-    }
-    Q_DISABLE_COPY(UnprivilegedFiles)
-
-private:
-    int oldUid_ = -1, oldGid_ = -1;
+// Permission bits do not stop root: the file accesses are checked as those of "nobody", so a folder with
+// mode 0555 cannot be written, as on an operator station.
+struct UnprivilegedFiles : FilesAsUser {
+    UnprivilegedFiles() : FilesAsUser(65534, 65534) {}
 };
 
 // Read-only: the tree opened to everybody for reading, write permission taken away. Writable: the owner
