@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QString>
 #include <QStringEncoder>
+#include <QTest>
 
 inline bool putBytes(const QString& path, const QByteArray& bytes)
 {
@@ -44,3 +45,10 @@ inline void setTreeWritable(const QString& path, bool writable)
 }
 inline void makeReadOnly(const QString& root) { setTreeWritable(root, false); }
 inline void makeWritable(const QString& root) { setTreeWritable(root, true); }
+
+// Qt Test rows from a plain table of structs with a name: the one column "row" is the place in the table.
+template <class Row, std::size_t N> void addRows(const Row (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (std::size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
+}
