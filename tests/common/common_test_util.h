@@ -2,13 +2,18 @@
 // Small helpers of the tests of src/common: raw files, fixtures, and a folder that is really read-only.
 #include "test_support.h"
 
+#include "common/app_paths.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
 #include <QStringEncoder>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <memory>
 
 inline bool putBytes(const QString& path, const QByteArray& bytes)
 {
@@ -52,3 +57,20 @@ template <class Row, std::size_t N> void addRows(const Row (&rows)[N])
     QTest::addColumn<int>("row");
     for (std::size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
 }
+
+// A fresh application folder for each test function (renew() in init()); app("Data/x") is a path in it.
+class AppFolder {
+public:
+    void renew()
+    {
+        dir_ = std::make_unique<QTemporaryDir>();
+        AppPaths::setAppFolder(dir_->path());
+    }
+    QString operator()(const QString& relative = QString()) const
+    {
+        return relative.isEmpty() ? dir_->path() : dir_->filePath(relative);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> dir_;
+};

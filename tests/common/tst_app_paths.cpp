@@ -1,11 +1,6 @@
 #include "common/app_paths.h"
 #include "common_test_util.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
-
 namespace {
 // A Windows path, its place in the application folder (null: not asked), and on the system drive.
 const struct { const char *name, *path, *inApp, *systemDrive; } kWindowsPaths[] = {
@@ -26,16 +21,8 @@ const struct { const char *name, *before; bool setWorks; const char* written; } 
 class AppPathsTest : public QObject {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
-    }
-    void cleanup()
-    {
-        AppPaths::setAppFolder(QString());
-        AppPaths::setDosAttributes({});
-    }
+    void init() { app.renew(); }
+    void cleanup() { AppPaths::setDosAttributes({}); }
 
     void windowsPaths_data() { addRows(kWindowsPaths); }
     void windowsPaths()
@@ -99,8 +86,7 @@ private slots:
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QString app() const { return dir_->path(); }
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(AppPathsTest)

@@ -1,13 +1,7 @@
-#include "common/app_paths.h"
 #include "common/lang.h"
 #include "common/module1.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
-
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 const QByteArray kTexts = TextFile::encode(QString::fromUtf8(
@@ -33,8 +27,7 @@ class LangTest : public QObject {
 private slots:
     void init()
     {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
+        app.renew();
         LangNo = 1;
         ProfileFile.clear();
         QVERIFY(putBytes(LangTextsFile(), kTexts));
@@ -77,7 +70,7 @@ private slots:
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(LangTest)

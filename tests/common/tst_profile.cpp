@@ -2,11 +2,6 @@
 #include "common/text_file.h"
 #include "common_test_util.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
-
 namespace {
 QByteArray gb(const QString& text) { return TextFile::encode(text); }
 const QByteArray kNoFile = "<none>";
@@ -24,7 +19,7 @@ Q_DECLARE_METATYPE(Case)
 class ProfileTest : public QObject {
     Q_OBJECT
 private slots:
-    void init() { dir_ = std::make_unique<QTemporaryDir>(); }
+    void init() { app.renew(); }
 
     void read_data()
     {
@@ -106,17 +101,16 @@ private slots:
     {
         QFETCH(Case, c);
         QVERIFY(WriteProfileValue(c.section, c.key, c.value, put(c.bytes)));
-        QCOMPARE(rawBytes(path("p.ini")), c.after);
-        QCOMPARE(ReadProfileValue(c.section, c.key, "d", path("p.ini")), c.value);
+        QCOMPARE(rawBytes(app("p.ini")), c.after);
+        QCOMPARE(ReadProfileValue(c.section, c.key, "d", app("p.ini")), c.value);
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QString path(const QString& name) const { return dir_->filePath(name); }
+    AppFolder app;
     QString put(const QByteArray& bytes)
     {
-        if (bytes != kNoFile) putBytes(path("p.ini"), bytes);
-        return path("p.ini");
+        if (bytes != kNoFile) putBytes(app("p.ini"), bytes);
+        return app("p.ini");
     }
 };
 

@@ -1,14 +1,8 @@
-#include "common/app_paths.h"
 #include "common/error_log.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
-
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 std::array<std::array<QString, 16>*, 7> biaoArrays()
@@ -38,8 +32,7 @@ class ScaleTableTest : public QObject {
 private slots:
     void init()
     {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
+        app.renew();
         QDir().mkpath(app("Data"));
         ResetErrorLogMemory();
         SetDefaultNames();
@@ -150,13 +143,13 @@ private slots:
                          GbLines({"COMPort=3", "IsShowCsHelp=1", "石子BiaoZeroTime=" + at, "石子BiaoZeroADValue=3000",
                                   "水泥ABiaoWeightFMValue=1500.5", "Agg1RecordMode=1"})));
         if (!cname.isEmpty()) QVERIFY(putBytes(app("Data/CName.ini"), cname));
-        makeReadOnly(dir_->path());
+        makeReadOnly(app());
         if (unreadable) QFile::setPermissions(app("Data/CName.ini"), {});
         {
             UnprivilegedFiles asOperator;
             LoadBLZConfig();
         }
-        makeWritable(dir_->path());
+        makeWritable(app());
         QCOMPARE((QStringList{ScaleName[0], BiaoZeroADValue[0], BiaoWeightFMValue[8], QString::number(PortNo)}),
                  !cname.isEmpty() && !unreadable ? (QStringList{"石子", "3000", "1500.5", "3"})
                                                  : (QStringList{"骨料1", "", "", "3"}));
@@ -195,8 +188,7 @@ private slots:
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QString app(const QString& relative) const { return dir_->filePath(relative); }
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(ScaleTableTest)

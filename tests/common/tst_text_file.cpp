@@ -1,20 +1,15 @@
-#include "common/app_paths.h"
 #include "common/profile.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
 
-#include <QTemporaryDir>
-#include <QTest>
-
 #include <functional>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 class TextFileTest : public QObject {
     Q_OBJECT
 private slots:
-    void init() { dir_ = std::make_unique<QTemporaryDir>(); }
+    void init() { app.renew(); }
 
     // CRLF after every line, in the encoding of the replaced file's mark; a file without one is GB18030,
     // however valid UTF-8 its bytes happen to be. Text is appended twice: the file is made, then added to.
@@ -43,11 +38,11 @@ private slots:
         QFETCH(QByteArray, before);
         QFETCH(QString, appended);
         QFETCH(QByteArray, after);
-        if (!before.isNull()) QVERIFY(putBytes(path("a.txt"), before));
+        if (!before.isNull()) QVERIFY(putBytes(app("a.txt"), before));
         if (appended.isNull())
-            QVERIFY(TextFile::writeLines(path("a.txt"), {QString::fromUtf8("骨料1"), QString(), QString::fromUtf8("砂")}));
-        for (int i = 0; i < 2 && !appended.isNull(); ++i) QVERIFY(TextFile::append(path("a.txt"), appended));
-        QCOMPARE(rawBytes(path("a.txt")), after);
+            QVERIFY(TextFile::writeLines(app("a.txt"), {QString::fromUtf8("骨料1"), QString(), QString::fromUtf8("砂")}));
+        for (int i = 0; i < 2 && !appended.isNull(); ++i) QVERIFY(TextFile::append(app("a.txt"), appended));
+        QCOMPARE(rawBytes(app("a.txt")), after);
     }
 
     void readLines_data()
@@ -71,9 +66,9 @@ private slots:
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QStringList, lines);
-        QVERIFY(putBytes(path("r.txt"), bytes));
+        QVERIFY(putBytes(app("r.txt"), bytes));
         QStringList got{"stale"};
-        QVERIFY(TextFile::readLines(path("r.txt"), &got));
+        QVERIFY(TextFile::readLines(app("r.txt"), &got));
         QCOMPARE(got, lines);
     }
 
@@ -91,11 +86,11 @@ private slots:
             {"a/b", [](const QString&) {}, 02775},
             {"a/b/.hidden", [](const QString& p) { AppPaths::setHidden(p.chopped(7) + "c"); }, 0664},
         };
-        QVERIFY(QDir().mkpath(path("f")));
+        QVERIFY(QDir().mkpath(app("f")));
         for (const auto& r : rows) {
-            r.make(path(r.made));
+            r.make(app(r.made));
             struct stat st {};
-            const unsigned mode = ::stat(QFile::encodeName(path(r.made)).constData(), &st) == 0 ? st.st_mode & 07777 : 0;
+            const unsigned mode = ::stat(QFile::encodeName(app(r.made)).constData(), &st) == 0 ? st.st_mode & 07777 : 0;
             QVERIFY2(mode == r.mode, qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(r.made)).arg(mode, 0, 8)));
         }
     }
@@ -112,28 +107,27 @@ private slots:
     {
         QFETCH(bool, filesWritable);
         const QByteArray blz("COMPort=3\r\n"), cname("[Name]\r\n01=a\r\n");
-        QVERIFY(putBytes(path("ro/BLZConfig.dat"), blz));
-        QVERIFY(putBytes(path("ro/CName.ini"), cname));
-        makeReadOnly(dir_->path());
+        QVERIFY(putBytes(app("ro/BLZConfig.dat"), blz));
+        QVERIFY(putBytes(app("ro/CName.ini"), cname));
+        makeReadOnly(app());
         for (const char* f : {"ro/BLZConfig.dat", "ro/CName.ini"})
             if (filesWritable)
-                QFile::setPermissions(path(f), QFile::permissions(path(f)) | QFileDevice::WriteOther);
+                QFile::setPermissions(app(f), QFile::permissions(app(f)) | QFileDevice::WriteOther);
         {
             UnprivilegedFiles asOperator;
-            QCOMPARE(TextFile::writeLines(path("ro/BLZConfig.dat"), {"COMPort=4"}), filesWritable);
-            QVERIFY(WriteProfileValue("Name", "01", QString::fromUtf8("石子"), path("ro/CName.ini")));  // told True
-            QVERIFY(filesWritable || !TextFile::append(path("ro/BLZConfig.dat"), "x\n"));
-            QVERIFY(!TextFile::writeLines(path("ro/new.dat"), {"x"}));
+            QCOMPARE(TextFile::writeLines(app("ro/BLZConfig.dat"), {"COMPort=4"}), filesWritable);
+            QVERIFY(WriteProfileValue("Name", "01", QString::fromUtf8("石子"), app("ro/CName.ini")));  // told True
+            QVERIFY(filesWritable || !TextFile::append(app("ro/BLZConfig.dat"), "x\n"));
+            QVERIFY(!TextFile::writeLines(app("ro/new.dat"), {"x"}));
         }
-        makeWritable(dir_->path());
-        QCOMPARE(rawBytes(path("ro/BLZConfig.dat")), filesWritable ? QByteArray("COMPort=4\r\n") : blz);
-        QCOMPARE(rawBytes(path("ro/CName.ini")), filesWritable ? QByteArray("[Name]\r\n01=\xCA\xAF\xD7\xD3\r\n") : cname);
-        QCOMPARE(QDir(path("ro")).entryList(QDir::Files | QDir::Hidden), (QStringList{"BLZConfig.dat", "CName.ini"}));
+        makeWritable(app());
+        QCOMPARE(rawBytes(app("ro/BLZConfig.dat")), filesWritable ? QByteArray("COMPort=4\r\n") : blz);
+        QCOMPARE(rawBytes(app("ro/CName.ini")), filesWritable ? QByteArray("[Name]\r\n01=\xCA\xAF\xD7\xD3\r\n") : cname);
+        QCOMPARE(QDir(app("ro")).entryList(QDir::Files | QDir::Hidden), (QStringList{"BLZConfig.dat", "CName.ini"}));
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QString path(const QString& name) const { return dir_->filePath(name); }
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(TextFileTest)
