@@ -93,14 +93,13 @@ private slots:
     void blzLoad_data()
     {
         QTest::addColumn<Damaged>("c");
-        const QByteArray none;
         QTest::newRow("empty help is 1") << Damaged{"COMPort=4\r\nIsShowCsHelp=\r\n", "", 4, "1", ""};
         QTest::newRow("port beyond 16 bits") << Damaged{"COMPort=70000\r\n", "", 2, "1", ""};
         QTest::newRow("binary BLZConfig.dat") << Damaged{rawBytes(fixture("BLZConfig_binary.dat")), "", 2, "1", ""};
         QTest::newRow("truncated BLZConfig.dat")
             << Damaged{rawBytes(fixture("BLZConfig_truncated.dat")), "", 5, "0", "值0"};
-        QTest::newRow("CName.ini of long lines") << Damaged{none, "CName_longlines.ini", 2, "1", "stale"};
-        QTest::newRow("binary CName.ini") << Damaged{none, "BLZConfig_binary.dat", 2, "1", "stale"};
+        QTest::newRow("CName.ini of long lines") << Damaged{{}, "CName_longlines.ini", 2, "1", "stale"};
+        QTest::newRow("binary CName.ini") << Damaged{{}, "BLZConfig_binary.dat", 2, "1", "stale"};
     }
     void blzLoad()
     {
