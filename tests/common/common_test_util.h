@@ -2,14 +2,18 @@
 // Small helpers of the tests of src/common: raw files, fixtures, and a folder that is really read-only.
 #include "test_support.h"
 
+#include "common/app_paths.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+#include <QTest>
 
-#include <sys/fsuid.h>
-#include <unistd.h>
+#include <memory>
 
 inline bool putBytes(const QString& path, const QByteArray& bytes)
 {
@@ -21,34 +25,15 @@ inline bool putBytes(const QString& path, const QByteArray& bytes)
 // UTF-16 little-endian behind its mark, as a Windows editor saves "Unicode".
 inline QByteArray u16(const QString& text)
 {
-    QByteArray b("\xFF\xFE");
-    for (const QChar c : text)
-        b.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
-    return b;
+    return "\xFF\xFE" + QStringEncoder(QStringEncoder::Utf16LE).encode(text);
 }
 
 inline QString fixture(const QString& name) { return QStringLiteral(ORVA_TEST_DATA "/common/") + name; }
 
-// Permission bits do not stop root. While this lives, the file accesses of this (the only) thread are
-// checked as those of "nobody", so a folder with mode 0555 cannot be written, as on an operator station.
-class UnprivilegedFiles {
-public:
-    UnprivilegedFiles()
-    {
-        if (::geteuid() == 0) {
-            oldGid_ = ::setfsgid(65534);
-            oldUid_ = ::setfsuid(65534);
-        }
-    }
-    ~UnprivilegedFiles()
-    {
-        if (oldUid_ >= 0) ::setfsuid(uid_t(oldUid_));
-        if (oldGid_ >= 0) ::setfsgid(gid_t(oldGid_));
-    }
-    Q_DISABLE_COPY(UnprivilegedFiles)
-
-private:
-    int oldUid_ = -1, oldGid_ = -1;
+// Permission bits do not stop root: the file accesses are checked as those of "nobody", so a folder with
+// mode 0555 cannot be written, as on an operator station.
+struct UnprivilegedFiles : FilesAsUser {
+    UnprivilegedFiles() : FilesAsUser(65534, 65534) {}
 };
 
 // Read-only: the tree opened to everybody for reading, write permission taken away. Writable: the owner
@@ -65,3 +50,27 @@ inline void setTreeWritable(const QString& path, bool writable)
 }
 inline void makeReadOnly(const QString& root) { setTreeWritable(root, false); }
 inline void makeWritable(const QString& root) { setTreeWritable(root, true); }
+
+// Qt Test rows from a plain table of structs with a name: the one column "row" is the place in the table.
+template <class Row, std::size_t N> void addRows(const Row (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (std::size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
+}
+
+// A fresh application folder for each test function (renew() in init()); app("Data/x") is a path in it.
+class AppFolder {
+public:
+    void renew()
+    {
+        dir_ = std::make_unique<QTemporaryDir>();
+        AppPaths::setAppFolder(dir_->path());
+    }
+    QString operator()(const QString& relative = QString()) const
+    {
+        return relative.isEmpty() ? dir_->path() : dir_->filePath(relative);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> dir_;
+};

@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstring>
 
 class ExitSignalTest : public QObject {
     Q_OBJECT
@@ -25,10 +26,8 @@ private slots:
 
     void signalEndsAsTheExitButton_data()
     {
-        QTest::addColumn<int>("sig");
-        QTest::newRow("SIGTERM, shutdown") << int(SIGTERM);
-        QTest::newRow("SIGHUP, logout") << int(SIGHUP);
-        QTest::newRow("SIGINT, Ctrl+C") << int(SIGINT);
+        QTest::addColumn<int>("sig");  // at shutdown, at logout, Ctrl+C
+        for (int sig : {SIGTERM, SIGHUP, SIGINT}) QTest::newRow(sigabbrev_np(sig)) << sig;
     }
     void signalEndsAsTheExitButton()
     {
@@ -47,8 +46,7 @@ private slots:
 
         QCOMPARE(::raise(sig), 0);
         QTRY_VERIFY(h.programEnded);
-        QVERIFY(!Link().portOpen());
-        QVERIFY(!Link().Timer1.isActive());
+        QVERIFY(!Link().portOpen() && !Link().Timer1.isActive());
         const QByteArray saved = rawBytes(h.path(QStringLiteral("Data/BLZConfig.dat")));
         QVERIFY(saved.startsWith("COMPort=2\r\n"));
         QVERIFY(saved.contains(TextFile::encode(QString::fromUtf8("骨料1BiaoZeroTime=2026/3/5 14:03:22\r\n"

@@ -37,18 +37,15 @@ private slots:
 
     void returnClickedInsideTheChecksum_data()
     {
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QString>("trigger");  // the control whose routine builds a frame
-        QTest::addColumn<QString>("sent");     // the frame that routine still sends
+        QTest::addColumn<QStringList>("c");  // form, the control whose routine builds a frame, the frame still sent
         // Scale 0: live block D11, option byte S500 at 003E (read as "5AC3", bit 0 cleared by the click).
-        QTest::newRow("calibration form, tab selection") << "YIBiao" << "LblBd(1)" << Frame("0101640");
-        QTest::newRow("parameter editor, option box") << "Cansd" << "Check1(1)" << WriteFrame("003E", "4AC3");
+        QTest::newRow("calibration form, tab selection") << QStringList{"YIBiao", "LblBd(1)", Frame("0101640")};
+        QTest::newRow("parameter editor, option box") << QStringList{"Cansd", "Check1(1)", WriteFrame("003E", "4AC3")};
     }
     void returnClickedInsideTheChecksum()
     {
-        QFETCH(QString, form);
-        QFETCH(QString, trigger);
-        QFETCH(QString, sent);
+        QFETCH(QStringList, c);
+        const QString form = c[0];
         ConsoleHarness h;
         MbAnswerer mb;
         h.sim.setSBit(612, true);  // zero tracking off, so the calibration tabs open
@@ -68,10 +65,10 @@ private slots:
         connect(f.data(), &QObject::destroyed, this, [&] { destroyedInsideRoutine = routineRunning; });
         postClick(Ctl(f, QStringLiteral("lblReturn")));
         routineRunning = true;
-        if (auto* box = Ctl<QCheckBox>(f, trigger))
+        if (auto* box = Ctl<QCheckBox>(f, c[1]))
             box->click();
         else
-            ClickOn(Ctl(f, trigger));
+            ClickOn(Ctl(f, c[1]));
         routineRunning = false;
 
         // The operator sees the return at once; the form goes when its routine is done.
@@ -79,9 +76,8 @@ private slots:
         QTRY_VERIFY(f.isNull());
         QVERIFY(!destroyedInsideRoutine);
         QCOMPARE(YieldDepth(), 0);
-        QWidget* back = Forms::loaded(QStringLiteral("BcBut"));
-        QVERIFY(back && back->isVisible());
-        QVERIFY(h.takeFrames().contains(sent));
+        QVERIFY(Forms::loaded("BcBut") && Forms::loaded("BcBut")->isVisible());
+        QVERIFY(h.takeFrames().contains(c[2]));
 
         // A new load starts fresh and works.
         Forms::show(form);

@@ -1,31 +1,34 @@
-#include "common/app_paths.h"
 #include "common/error_log.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
 
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <memory>
+namespace {
+// Errors as form|routine|number, in order, and the routine of each record logged.
+const struct { const char *name, *calls, *logged; } kRepeats[] = {
+    {"same error twice", "Cansd|EnterChecked|13 Cansd|EnterChecked|13", "EnterChecked"},
+    {"two numbers of a routine", "Cansd|EnterChecked|13 Cansd|EnterChecked|6", "EnterChecked EnterChecked"},
+    {"two routines, one number", "Cansd|EnterChecked|13 Cansd|Form_Load|13", "EnterChecked Form_Load"},
+    {"other form, same routine and number", "Cansd|ImgReturn_Click|5 CansdAG|ImgReturn_Click|5", "ImgReturn_Click"},
+};
+}  // namespace
 
 class ErrorLogTest : public QObject {
     Q_OBJECT
 private slots:
     void init()
     {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
+        app.renew();
         ResetErrorLogMemory();
     }
-    void cleanup() { AppPaths::setAppFolder(QString()); }
 
     void recordFormatAndFileName()
     {
         const QByteArray old = "ErrTime\xa3\xba" "2026-03-01   08:00:00\r\nold\r\n";
         QVERIFY(putBytes(ErrorLogPath(QDate::currentDate()), old));
         LogProgramError("Cansd", "ImgBdOk_Click", "13", QString::fromUtf8("类型不匹配"));
-        const QByteArray bytes = logBytes();
+        const QByteArray bytes = rawBytes(ErrorLogPath(QDate::currentDate()));
         QVERIFY(bytes.startsWith(old));
         const QStringList lines = TextFile::decode(bytes.mid(old.size())).split("\r\n");
         // The date and time as the calibration records write them, three blanks between: "2026/3/5   9:03:22".
@@ -34,41 +37,27 @@ private slots:
         QCOMPARE(lines.mid(1), (QStringList{QString::fromUtf8("ErrNumber:13----类型不匹配"), "ErrForm:Cansd",
                                             "ErrSub:ImgBdOk_Click", QString(52, '#'), ""}));
         // The month has no leading zero.
-        QCOMPARE(ErrorLogPath(QDate(2026, 3, 5)), dir_->path() + "/ProgramErr/20263ErrLog.txt");
+        QCOMPARE(ErrorLogPath(QDate(2026, 3, 5)), app("ProgramErr/20263ErrLog.txt"));
     }
 
-    void oncePerRoutineAndNumber_data()
-    {
-        QTest::addColumn<QStringList>("calls");   // form|routine|number, in order
-        QTest::addColumn<QStringList>("logged");  // ErrSub of each record, in order
-        QTest::newRow("same error twice") << QStringList{"Cansd|EnterChecked|13", "Cansd|EnterChecked|13"}
-                                          << QStringList{"EnterChecked"};
-        QTest::newRow("two numbers of a routine") << QStringList{"Cansd|EnterChecked|13", "Cansd|EnterChecked|6"}
-                                                  << QStringList{"EnterChecked", "EnterChecked"};
-        QTest::newRow("two routines, one number") << QStringList{"Cansd|EnterChecked|13", "Cansd|Form_Load|13"}
-                                                  << QStringList{"EnterChecked", "Form_Load"};
-        QTest::newRow("other form, same routine and number")
-            << QStringList{"Cansd|ImgReturn_Click|5", "CansdAG|ImgReturn_Click|5"} << QStringList{"ImgReturn_Click"};
-    }
+    void oncePerRoutineAndNumber_data() { addRows(kRepeats); }
     void oncePerRoutineAndNumber()
     {
-        QFETCH(QStringList, calls);
-        QFETCH(QStringList, logged);
+        QFETCH(int, row);
         // A new run logs them again.
         for (int run = 0; run < 2; ++run, ResetErrorLogMemory())
-            for (const QString& call : calls) {
+            for (const QString& call : QString(kRepeats[row].calls).split(' ')) {
                 const QStringList f = call.split('|');
                 LogProgramError(f[0], f[1], f[2], "description");
             }
         QStringList subs;
-        for (const QString& line : TextFile::decode(logBytes()).split("\r\n"))
+        for (const QString& line : ErrorLogText().split("\r\n"))
             if (line.startsWith("ErrSub:")) subs << line.mid(7);
-        QCOMPARE(subs, logged + logged);
+        QCOMPARE(subs.join(' '), kRepeats[row].logged + QStringLiteral(" ") + kRepeats[row].logged);
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QByteArray logBytes() const { return rawBytes(ErrorLogPath(QDate::currentDate())); }
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(ErrorLogTest)

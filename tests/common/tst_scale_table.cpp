@@ -1,14 +1,8 @@
-#include "common/app_paths.h"
 #include "common/error_log.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
 #include "common_test_util.h"
-
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 namespace {
 std::array<std::array<QString, 16>*, 7> biaoArrays()
@@ -21,18 +15,24 @@ template <class T, std::size_t N> QList<T> list(const std::array<T, N>& a) { ret
 
 const QStringList kDefaultScales = QStringList({"骨料1", "骨料2", "骨料3", "骨料4", "", "", "", "水秤", "水泥", "粉灰", "",
                                        "外加剂1", "外加剂2", "", "", ""});
-const QStringList kDefaultBins = QStringList({"骨料1", "骨料2", "骨料3", "骨料4", "", "", "", "", "水秤", "水泥M1", "水泥M2",
-                                     "水泥M3", "", "粉灰M1", "粉灰M2", "", "", "", "外加剂19", "外加剂20", "", ""});
 const QList<short> kDefaultVibrators{0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0};
+
+// A damaged or missing file, and what the console takes from it.
+struct Damaged {
+    QByteArray blz;  // empty: no file
+    QString cname;   // fixture copied to Data/CName.ini; empty: none
+    int port;
+    QString help, biao;  // biao: BiaoZeroTime of scale 0
+};
 }  // namespace
+Q_DECLARE_METATYPE(Damaged)
 
 class ScaleTableTest : public QObject {
     Q_OBJECT
 private slots:
     void init()
     {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
+        app.renew();
         QDir().mkpath(app("Data"));
         ResetErrorLogMemory();
         SetDefaultNames();
@@ -52,12 +52,9 @@ private slots:
         QCOMPARE(list(ScaleVibrator), (QList<short>{3, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 7}));
         QCOMPARE(list(ScaleName), QStringList({"石子", "砂", "", "骨料4", "", "", "外加粉", "清水秤", "水泥A", "粉灰B", "矿粉",
                                       "减水剂", "早强剂", "防冻剂", "", ""}));
-        QStringList bins = kDefaultBins;
-        bins[8] = "水1";      // section "11", key "01"
-        bins[21] = "水2";     // section "11", key "02"
-        bins[12] = "水泥M4";  // section "08", key "04"
-        bins[18] = "";        // present and empty replaces the default
-        QCOMPARE(list(BinName), bins);
+        // Sections "11" and "08" name bins beside the defaults; a key present and empty replaces its default.
+        QCOMPARE(list(BinName), QStringList({"骨料1", "骨料2", "骨料3", "骨料4", "", "", "", "", "水1", "水泥M1", "水泥M2",
+                                    "水泥M3", "水泥M4", "粉灰M1", "粉灰M2", "", "", "", "", "外加剂20", "", "水2"}));
 
         // A value beyond 16 bits ends the routine with a line in the error log; values read so far stay.
         QVERIFY(putBytes(app("Data/CName.ini"), "[ZDTime]\r\n01=2\r\n02=99999\r\n03=5\r\n"));
@@ -66,17 +63,8 @@ private slots:
         QVERIFY(TextFile::exists(ErrorLogPath(QDate::currentDate())));
     }
 
-    void blzSaveAndLoad_data()
-    {
-        QTest::addColumn<bool>("dataFolder");
-        QTest::newRow("in Data") << true;
-        QTest::newRow("in the application folder") << false;
-    }
     void blzSaveAndLoad()
     {
-        QFETCH(bool, dataFolder);
-        if (!dataFolder) QVERIFY(QDir(app("Data")).removeRecursively());
-        QCOMPARE(BLZConfigPath(), app(dataFolder ? "Data/BLZConfig.dat" : "BLZConfig.dat"));
         // Scales without a name share their keys, and on reading each takes the first such line.
         const auto value = [](int k, int i) {
             return QStringLiteral("v%1 值").arg(k * 14 + (QList<int>{4, 5, 6, 10, 13}.contains(i) ? 4 : i));
@@ -88,7 +76,7 @@ private slots:
         Agg1RecordMode = "1";
         SaveBLZConfig();
 
-        const QByteArray bytes = rawBytes(BLZConfigPath());
+        const QByteArray bytes = rawBytes(app("Data/BLZConfig.dat"));
         QVERIFY(bytes.startsWith("COMPort=5\r\nIsShowCsHelp=0\r\n" + QByteArray::fromHex("b9c7c1cf31") +
                                  "BiaoZeroTime=v0 " + QByteArray::fromHex("d6b5") + "\r\n"));
         QVERIFY(bytes.endsWith("\r\nAgg1RecordMode=1\r\n"));
@@ -98,50 +86,38 @@ private slots:
         LoadBLZConfig();
         for (int k = 0; k < 7; ++k)
             for (int i = 0; i < 14; ++i) QCOMPARE((*biaoArrays()[k])[i], value(k, i));
-        QCOMPARE(int(PortNo), 5);
-        QCOMPARE(ShowCsHelp, QString("0"));
-        QCOMPARE(Agg1RecordMode, QString("1"));
+        QCOMPARE((QStringList{QString::number(PortNo), ShowCsHelp, Agg1RecordMode}), (QStringList{"5", "0", "1"}));
     }
 
     // Damaged or missing files leave the default names; a save after that writes a whole, readable file.
     void blzLoad_data()
     {
-        QTest::addColumn<QByteArray>("blz");  // empty: no file
-        QTest::addColumn<QString>("cname");   // fixture copied to Data/CName.ini; empty: none
-        QTest::addColumn<int>("port");
-        QTest::addColumn<QString>("help");
-        QTest::addColumn<QString>("biao");  // BiaoZeroTime of scale 0
-        const QByteArray none;
-        QTest::newRow("empty help is 1") << QByteArray("COMPort=4\r\nIsShowCsHelp=\r\n") << "" << 4 << "1" << "";
-        QTest::newRow("port beyond 16 bits") << QByteArray("COMPort=70000\r\n") << "" << 2 << "1" << "";
-        QTest::newRow("binary BLZConfig.dat") << rawBytes(fixture("BLZConfig_binary.dat")) << "" << 2 << "1" << "";
+        QTest::addColumn<Damaged>("c");
+        QTest::newRow("empty help is 1") << Damaged{"COMPort=4\r\nIsShowCsHelp=\r\n", "", 4, "1", ""};
+        QTest::newRow("port beyond 16 bits") << Damaged{"COMPort=70000\r\n", "", 2, "1", ""};
+        QTest::newRow("binary BLZConfig.dat") << Damaged{rawBytes(fixture("BLZConfig_binary.dat")), "", 2, "1", ""};
         QTest::newRow("truncated BLZConfig.dat")
-            << rawBytes(fixture("BLZConfig_truncated.dat")) << "" << 5 << "0" << "值0";
-        QTest::newRow("CName.ini of long lines") << none << "CName_longlines.ini" << 2 << "1" << "stale";
-        QTest::newRow("binary CName.ini") << none << "BLZConfig_binary.dat" << 2 << "1" << "stale";
+            << Damaged{rawBytes(fixture("BLZConfig_truncated.dat")), "", 5, "0", "值0"};
+        QTest::newRow("CName.ini of long lines") << Damaged{{}, "CName_longlines.ini", 2, "1", "stale"};
+        QTest::newRow("binary CName.ini") << Damaged{{}, "BLZConfig_binary.dat", 2, "1", "stale"};
     }
     void blzLoad()
     {
-        QFETCH(QByteArray, blz);
-        QFETCH(QString, cname);
-        QFETCH(int, port);
-        QFETCH(QString, help);
-        QFETCH(QString, biao);
-        if (!blz.isEmpty()) QVERIFY(putBytes(app("Data/BLZConfig.dat"), blz));
-        if (!cname.isEmpty()) QVERIFY(QFile::copy(fixture(cname), app("Data/CName.ini")));
+        QFETCH(Damaged, c);
+        if (!c.blz.isEmpty()) QVERIFY(putBytes(app("Data/BLZConfig.dat"), c.blz));
+        if (!c.cname.isEmpty()) QVERIFY(QFile::copy(fixture(c.cname), app("Data/CName.ini")));
         PortNo = 9;
         ShowCsHelp = "x";
         LoadBLZConfig();
         LoadZDTimeIni();
         QCOMPARE(list(ScaleName), kDefaultScales);
         QCOMPARE(list(ScaleVibrator), kDefaultVibrators);
-        QCOMPARE(int(PortNo), port);
-        QCOMPARE(ShowCsHelp, help);
-        QCOMPARE(BiaoZeroTime[0], biao);
+        QCOMPARE((QStringList{QString::number(PortNo), ShowCsHelp, BiaoZeroTime[0]}),
+                 (QStringList{QString::number(c.port), c.help, c.biao}));
         SaveBLZConfig();
         LoadBLZConfig();
-        QCOMPARE(int(ComPortSetting), port);
-        QCOMPARE(ShowCsHelp, help);
+        QCOMPARE((QStringList{QString::number(ComPortSetting), ShowCsHelp}),
+                 (QStringList{QString::number(c.port), c.help}));
     }
 
     // The values of a scale are stored under its name: a names file that cannot be read this run must not
@@ -150,48 +126,41 @@ private slots:
     {
         QTest::addColumn<QByteArray>("cname");  // empty: no file
         QTest::addColumn<bool>("unreadable");
-        QTest::addColumn<bool>("namesRead");
         const QString text = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
-        QTest::newRow("GB18030") << TextFile::encode(text) << false << true;
-        QTest::newRow("UTF-8 with a BOM") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << false << true;
-        QTest::newRow("UTF-16 with a BOM") << u16(text) << false << true;
-        QTest::newRow("missing") << QByteArray() << false << false;
-        QTest::newRow("unreadable") << TextFile::encode(text) << true << false;
+        QTest::newRow("GB18030") << TextFile::encode(text) << false;
+        QTest::newRow("UTF-8 with a BOM") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << false;
+        QTest::newRow("UTF-16 with a BOM") << u16(text) << false;
+        QTest::newRow("missing") << QByteArray() << false;
+        QTest::newRow("unreadable") << TextFile::encode(text) << true;
     }
     void valuesSurviveTheNamesFile()
     {
         QFETCH(QByteArray, cname);
         QFETCH(bool, unreadable);
-        QFETCH(bool, namesRead);
         const QString at = QStringLiteral("2026/3/5 14:03:22");
         QVERIFY(putBytes(app("Data/BLZConfig.dat"),
                          GbLines({"COMPort=3", "IsShowCsHelp=1", "石子BiaoZeroTime=" + at, "石子BiaoZeroADValue=3000",
                                   "水泥ABiaoWeightFMValue=1500.5", "Agg1RecordMode=1"})));
         if (!cname.isEmpty()) QVERIFY(putBytes(app("Data/CName.ini"), cname));
-        if (unreadable) {
-            makeReadOnly(dir_->path());
-            QFile::setPermissions(app("Data/CName.ini"), {});
+        makeReadOnly(app());
+        if (unreadable) QFile::setPermissions(app("Data/CName.ini"), {});
+        {
             UnprivilegedFiles asOperator;
             LoadBLZConfig();
-        } else {
-            LoadBLZConfig();
         }
-        makeWritable(dir_->path());
-        QCOMPARE(ScaleName[0], namesRead ? QStringLiteral("石子") : QStringLiteral("骨料1"));
-        QCOMPARE(BiaoZeroADValue[0], namesRead ? QStringLiteral("3000") : QString());
-        QCOMPARE(BiaoWeightFMValue[8], namesRead ? QStringLiteral("1500.5") : QString());
-        QCOMPARE(int(PortNo), 3);
+        makeWritable(app());
+        QCOMPARE((QStringList{ScaleName[0], BiaoZeroADValue[0], BiaoWeightFMValue[8], QString::number(PortNo)}),
+                 !cname.isEmpty() && !unreadable ? (QStringList{"石子", "3000", "1500.5", "3"})
+                                                 : (QStringList{"骨料1", "", "", "3"}));
         SaveBLZConfig();
 
         // With the names readable again, every value is there.
         QFile::setPermissions(app("Data/CName.ini"), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        QVERIFY(putBytes(app("Data/CName.ini"), TextFile::encode(QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n"))));
+        QVERIFY(putBytes(app("Data/CName.ini"), GbLines({"[Name]", "01=石子", "08=水泥A"})));
         for (auto* a : biaoArrays()) a->fill(QStringLiteral("stale"));
         LoadBLZConfig();
-        QCOMPARE(BiaoZeroTime[0], at);
-        QCOMPARE(BiaoZeroADValue[0], QStringLiteral("3000"));
-        QCOMPARE(BiaoWeightFMValue[8], QStringLiteral("1500.5"));
-        QCOMPARE(BiaoZeroADValue[1], QString());
+        QCOMPARE((QStringList{BiaoZeroTime[0], BiaoZeroADValue[0], BiaoWeightFMValue[8], BiaoZeroADValue[1]}),
+                 (QStringList{at, "3000", "1500.5", ""}));
         // Saving twice adds nothing: the kept lines are not kept twice.
         SaveBLZConfig();
         const QByteArray once = rawBytes(BLZConfigPath());
@@ -200,7 +169,7 @@ private slots:
         QCOMPARE(rawBytes(BLZConfigPath()), once);
     }
 
-    void sysDataAndNetPath()
+    void sysDataNetPathAndBlzPath()
     {
         OperatorName = "old";
         LoadSysData();
@@ -212,11 +181,13 @@ private slots:
         QCOMPARE(ReadNetPath(), QString("/mnt/q"));
         QVERIFY(putBytes(app("Data/NetPath.ini"), "NetworkPath=/mnt/p\r\n"));
         QCOMPARE(ReadNetPath(), QString("/mnt/p"));
+        QCOMPARE(BLZConfigPath(), app("Data/BLZConfig.dat"));
+        QVERIFY(QDir(app("Data")).removeRecursively());
+        QCOMPARE(BLZConfigPath(), app("BLZConfig.dat"));
     }
 
 private:
-    std::unique_ptr<QTemporaryDir> dir_;
-    QString app(const QString& relative) const { return dir_->filePath(relative); }
+    AppFolder app;
 };
 
 QTEST_GUILESS_MAIN(ScaleTableTest)
