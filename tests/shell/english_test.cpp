@@ -6,6 +6,7 @@
 #include "common/form_access.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
+#include "common/text_file.h"
 #include "shell/app_setup.h"
 
 #include <QAbstractButton>
@@ -13,11 +14,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QRegularExpression>
-#include <QTest>
 #include <QXmlStreamReader>
 
 namespace {
@@ -48,38 +47,36 @@ QStringList shownTexts(QWidget* w)
     return t;
 }
 
+// Each row walks to a state (see Walk), through the calibration gate first where gate is set.
+const struct { const char* name; bool gate; const char* steps; } kStates[] = {
+    {"main form", false, ""},
+    {"calibration gate", false, "PLC:LblSel(0)"},
+    {"calibration menu, bin names", true, "BcBut:LblBdTap(2)"},
+    {"scale names set, no network path", true, "BcBut:LblBdTap(1)|BcBut:lblBdOk"},
+    {"factory names not restored", true, "BcBut:LblBdTap(1)|BcBut:LblCNameIni"},
+    {"records", true, "BcBut:LbLBdjk"},
+    {"sensors", true, "BcBut:lblSensor|idle"},
+    {"weight calibration", true, "BcBut:LblBd(0)|idle"},
+    {"slag scale: slow feed out of range", false,
+     "PLC:LblSel(1)|BcBut:LblBd(10)|idle|Cansd:lblDefault|idle|Cansd:TxtDCansd(12)=9999|Cansd:lblBdOk"},
+    {"admixture scale parameters", false, "PLC:LblSel(1)|BcBut:LblBd(11)|idle"},
+    {"aggregate editor", false, "PLC:LblSel(1)|open:CansdAG"},
+    {"moisture calibration", false, "PLC:lblAdvance|BcButHumid:LblBd(4)|idle"},
+    {"system functions, vibrator times", false, "PLC:LblSel(2)|idle|Other:LblZDTime|idle"},
+    {"factory setting sent", false,
+     "PLC:LblSel(2)|Other:lblShowFactory|Other:lblHard|Factory:txtPassword=61730428|Factory:lblOK|Factory:lblBdOk"},
+    {"hoist: ranges refused, set, error reported", false,
+     "open:YiBiaoAdvance|idle|YiBiaoAdvance:txtPulseNum(0)=50|YiBiaoAdvance:lblBdOk|"
+     "YiBiaoAdvance:txtPulseNum(0)=300|YiBiaoAdvance:txtPulseNum(1)=50|YiBiaoAdvance:lblBdOk|"
+     "YiBiaoAdvance:txtPulseNum(1)=300|YiBiaoAdvance:lblBdOk|YiBiaoAdvance:txtBCSuccessRead=0000"},
+};
+
 }  // namespace
 
 class EnglishTest : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() { RegisterForms(); }
-
-    // A plant whose scales and bins are all named in English, with English chosen at the login.
-    void init()
-    {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
-        QDir().mkpath(h->path(QStringLiteral("Data")));
-        QDir().mkpath(h->path(QStringLiteral("Lang")));
-        QVERIFY(QFile::copy(QStringLiteral(ORVA_LANG_FILE), h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"))));
-        QFile sel(h->path(QStringLiteral("Lang/PLCCOMLANSEL.ini")));
-        QVERIFY(sel.open(QIODevice::WriteOnly));
-        sel.write("[PLCCOMLANSEL]\r\nLANSEL=2\r\n");
-        sel.close();
-        for (size_t i = 0; i < ScaleName.size(); ++i)
-            ScaleName[i] = QStringLiteral("Scale %1").arg(i);
-        for (size_t i = 0; i < BinName.size(); ++i)
-            BinName[i] = QStringLiteral("Bin %1").arg(i);
-        WriteScaleNamesToFile();
-        WriteBinNamesToFile();
-    }
-
-    void cleanup()
-    {
-        delete mb;
-        delete h;
-    }
 
     // Every entry translated; lupdate leaves a new text "unfinished", a text gone from the code "vanished".
     void translationsFinished()
@@ -108,56 +105,32 @@ private slots:
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char('\n'))));
     }
 
-    // Each row walks to a state (see Walk) and looks at every widget of every window, hidden ones too, and at
-    // each message box on the way: the names of scales and bins are English here, so any Chinese character
-    // is a text without an English form.
-    void noChineseShown_data()
-    {
-        QTest::addColumn<QStringList>("steps");
-        // gate: through the calibration code to the calibration menu first.
-        const struct {
-            const char* name;
-            bool gate;
-            const char* steps;
-        } rows[] = {
-            {"main form", false, ""},
-            {"calibration gate", false, "PLC:LblSel(0)"},
-            {"calibration menu, bin names", true, "BcBut:LblBdTap(2)"},
-            {"scale names set, no network path", true, "BcBut:LblBdTap(1)|BcBut:lblBdOk"},
-            {"factory names not restored", true, "BcBut:LblBdTap(1)|BcBut:LblCNameIni"},
-            {"records", true, "BcBut:LbLBdjk"},
-            {"sensors", true, "BcBut:lblSensor|idle"},
-            {"weight calibration", true, "BcBut:LblBd(0)|idle"},
-            {"slag scale: slow feed out of range", false,
-             "PLC:LblSel(1)|BcBut:LblBd(10)|idle|Cansd:lblDefault|idle|Cansd:TxtDCansd(12)=9999|Cansd:lblBdOk"},
-            {"admixture scale parameters", false, "PLC:LblSel(1)|BcBut:LblBd(11)|idle"},
-            {"aggregate editor", false, "PLC:LblSel(1)|open:CansdAG"},
-            {"moisture calibration", false, "PLC:lblAdvance|BcButHumid:LblBd(4)|idle"},
-            {"system functions, vibrator times", false, "PLC:LblSel(2)|idle|Other:LblZDTime|idle"},
-            {"factory setting sent", false,
-             "PLC:LblSel(2)|Other:lblShowFactory|Other:lblHard|Factory:txtPassword=61730428|Factory:lblOK|"
-             "Factory:lblBdOk"},
-            {"hoist: ranges refused, set, error reported", false,
-             "open:YiBiaoAdvance|idle|YiBiaoAdvance:txtPulseNum(0)=50|YiBiaoAdvance:lblBdOk|"
-             "YiBiaoAdvance:txtPulseNum(0)=300|YiBiaoAdvance:txtPulseNum(1)=50|YiBiaoAdvance:lblBdOk|"
-             "YiBiaoAdvance:txtPulseNum(1)=300|YiBiaoAdvance:lblBdOk|YiBiaoAdvance:txtBCSuccessRead=0000"},
-        };
-        const QStringList gate{"PLC:LblSel(0)", "BcBut:txtPassword=90765", "BcBut:lblOK"};
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << (r.gate ? gate : QStringList()) +
-                                         QString::fromUtf8(r.steps).split(QLatin1Char('|'), Qt::SkipEmptyParts);
-    }
-
+    // Every widget of every window, hidden ones too, and each message box on the way, in a plant whose
+    // scales and bins are all named in English: any Chinese character is a text without an English form.
+    void noChineseShown_data() { TableRows(kStates); }
     void noChineseShown()
     {
-        QFETCH(QStringList, steps);
+        const auto& c = TableRow(kStates);
+        ConsoleHarness h;
+        MbAnswerer mb;
+        QDir().mkpath(h.path(QStringLiteral("Data")));
+        QDir().mkpath(h.path(QStringLiteral("Lang")));
+        QVERIFY(QFile::copy(QStringLiteral(ORVA_LANG_FILE), h.path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"))));
+        TextFile::writeLines(h.path(QStringLiteral("Lang/PLCCOMLANSEL.ini")), {"[PLCCOMLANSEL]", "LANSEL=2"});
+        for (size_t i = 0; i < ScaleName.size(); ++i)
+            ScaleName[i] = QStringLiteral("Scale %1").arg(i);
+        for (size_t i = 0; i < BinName.size(); ++i)
+            BinName[i] = QStringLiteral("Bin %1").arg(i);
+        WriteScaleNamesToFile();
+        WriteBinNamesToFile();
         LogIn();
         QCOMPARE(LangNo, short(2));
-        Walk(steps);
+        const QString gate = c.gate ? QStringLiteral("PLC:LblSel(0)|BcBut:txtPassword=90765|BcBut:lblOK|") : QString();
+        Walk((gate + QLatin1String(c.steps)).split(QLatin1Char('|'), Qt::SkipEmptyParts));
         if (QTest::currentTestFailed())
             return;
         QStringList faults;
-        for (const QString& t : std::as_const(mb->texts))
+        for (const QString& t : std::as_const(mb.texts))
             if (t.contains(kChinese))
                 faults << QStringLiteral("message box: ") + t;
         for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -171,10 +144,6 @@ private slots:
         faults.removeDuplicates();
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char('\n'))));
     }
-
-private:
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
 };
 
 QTEST_MAIN(EnglishTest)

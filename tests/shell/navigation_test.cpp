@@ -3,13 +3,7 @@
 #include "test_support.h"
 
 #include "common/form_access.h"
-#include "common/module1.h"
 #include "shell/app_setup.h"
-#include "shell/plc_form.h"
-
-#include <QLineEdit>
-#include <QSet>
-#include <QTest>
 
 namespace {
 bool shown(const QString& form)
@@ -17,140 +11,91 @@ bool shown(const QString& form)
     QWidget* w = Forms::loaded(form);
     return w && w->isVisible();
 }
+
+QStringList split(const char* s) { return QString::fromLatin1(s).split(QLatin1Char('|'), Qt::SkipEmptyParts); }
+
+// Every form of the console is a step of some row: one that cannot be opened fails there. steps: see Walk,
+// after the calibration gate where gate is set; gone: not loaded (the main form: hidden).
+const struct { const char* name; bool gate; const char* steps; const char* shown; const char* gone; } kWalks[] = {
+    {"calibration: the gate", false, "PLC:LblSel(0)", "BcBut", "PLC"},
+    {"calibration: back from the gate", false, "PLC:LblSel(0)|BcBut:lblReturn2", "PLC", "BcBut"},
+    {"calibration: back from the menu", true, "BcBut:lblReturn", "PLC", "BcBut"},
+    {"calibration: a scale and back", true, "BcBut:LblBd(0)|hidden:BcBut|YIBiao:lblReturn", "BcBut", "YIBiao|PLC"},
+    {"calibration: a scale, back, back", true, "BcBut:LblBd(8)|YIBiao:lblReturn|BcBut:lblReturn", "PLC",
+     "YIBiao|BcBut"},
+    {"calibration: sensors and back", true, "BcBut:lblSensor|hidden:BcBut|Sensor:lblReturn", "BcBut", "Sensor"},
+    {"calibration: records over the menu", true, "BcBut:LbLBdjk", "FrmJk|BcBut", "PLC"},
+    {"calibration: records closed", true, "BcBut:LbLBdjk|FrmJk:ImageExit", "BcBut", "FrmJk"},
+    {"parameters: no gate, back", false, "PLC:LblSel(1)|BcBut:lblReturn", "PLC", "BcBut"},
+    {"parameters: a scale and back", false, "PLC:LblSel(1)|BcBut:LblBd(1)|hidden:BcBut|Cansd:lblReturn", "BcBut",
+     "Cansd|PLC"},
+    {"moisture: menu and back", false, "PLC:lblAdvance|BcButHumid:lblReturn", "PLC", "BcButHumid"},
+    {"moisture: a probe and back", false,
+     "PLC:lblAdvance|BcButHumid:LblBd(4)|hidden:BcButHumid|YIBiaoHumidNew:lblReturn", "BcButHumid",
+     "YIBiaoHumidNew|PLC"},
+    {"system functions and back", false, "PLC:LblSel(2)|Other:lblReturn", "PLC", "Other"},
+    {"vibrator times and back", false, "PLC:LblSel(2)|Other:LblZDTime|hidden:Other|ZDTime:lblReturn", "Other",
+     "ZDTime|PLC"},
+    {"factory setting: the hidden entry, back from the gate", false,
+     "PLC:LblSel(2)|Other:lblShowFactory|Other:lblHard|hidden:Other|Factory:lblReturn2", "Other", "Factory|PLC"},
+    {"factory setting: the code, back from the setting", false,
+     "PLC:LblSel(2)|Other:lblShowFactory|Other:ImgHard|Factory:txtPassword=61730428|Factory:lblOK|Factory:lblReturn",
+     "Other", "Factory|PLC"},
+    {"factory setting, back, back", false,
+     "PLC:LblSel(2)|Other:lblShowFactory|Other:lblHard|Factory:txtPassword=61730428|Factory:cmdOK|"
+     "Factory:ImgReturn|Other:ImgReturn",
+     "PLC", "Factory|Other"},
+    // The gate is passed once a run: the next entry goes straight to the menu.
+    {"calibration: the gate once a run", true, "BcBut:lblReturn|PLC:LblSel(0)|BcBut:lblSensor|Sensor:lblReturn",
+     "BcBut", "Sensor|PLC"},
+    // The images do what their captions do.
+    {"images: calibration, sensors, back, back", false,
+     "PLC:Image1(0)|BcBut:txtPassword=90765|BcBut:cmdOK|BcBut:ImgSensor|Sensor:ImgReturn|BcBut:ImgReturn", "PLC",
+     "Sensor|BcBut"},
+    {"images: calibration gate and back", false, "PLC:Image1(0)|BcBut:ImgReturn2", "PLC", "BcBut"},
+    {"images: a scale and back", true, "BcBut:ImgBd(2)|YIBiao:ImgReturn", "BcBut", "YIBiao"},
+    {"images: records", true, "BcBut:ImgBdjk", "FrmJk|BcBut", "PLC"},
+    {"images: parameters, a scale, back, back", false, "PLC:Image1(1)|BcBut:ImgBd(8)|Cansd:ImgReturn|BcBut:ImgReturn",
+     "PLC", "Cansd|BcBut"},
+    {"images: moisture, a probe, back, back", false,
+     "PLC:ImgAdvance|BcButHumid:ImgBd(4)|YIBiaoHumidNew:ImgReturn|BcButHumid:ImgReturn", "PLC",
+     "YIBiaoHumidNew|BcButHumid"},
+    {"images: system functions, vibrators, back, back", false,
+     "PLC:Image1(2)|Other:ImageZDTime|ZDTime:ImgReturn|Other:ImgReturn", "PLC", "ZDTime|Other"},
+    {"images: factory gate and back", false, "PLC:Image1(2)|Other:lblShowFactory|Other:ImgHard|Factory:ImgReturn2",
+     "Other", "Factory"},
+    {"images: hoist calibration back", false, "open:YiBiaoAdvance|YiBiaoAdvance:ImgReturn", "PLC", "YiBiaoAdvance"},
+    {"images: aggregate editor back", false, "PLC:Image1(1)|open:CansdAG|CansdAG:ImgReturn", "BcBut", "CansdAG"},
+    {"hoist calibration, kept without a menu entry", false, "open:YiBiaoAdvance|YiBiaoAdvance:lblReturn", "PLC",
+     "YiBiaoAdvance"},
+    {"aggregate editor, kept without a menu entry", false, "PLC:LblSel(1)|open:CansdAG|CansdAG:lblReturn", "BcBut",
+     "CansdAG"},
+};
 }  // namespace
 
 class NavigationTest : public QObject {
     Q_OBJECT
 private slots:
-    // Every form of the console is a step of some row below: one that cannot be opened fails there.
     void initTestCase() { RegisterForms(); }
-
-    void init()
-    {
-        h = new ConsoleHarness;
-        mb = new MbAnswerer;
-    }
-
-    void cleanup()
-    {
-        delete mb;
-        delete h;
-    }
-
-    // steps: see Walk.
-    void walk_data()
-    {
-        QTest::addColumn<QStringList>("steps");
-        QTest::addColumn<QStringList>("shownAtEnd");
-        QTest::addColumn<QStringList>("goneAtEnd");  // not loaded, or hidden
-        const QStringList gate{"PLC:LblSel(0)", "BcBut:txtPassword=90765", "BcBut:lblOK"};
-
-        QTest::newRow("calibration: the gate") << QStringList{"PLC:LblSel(0)"} << QStringList{"BcBut"} << QStringList{"PLC"};
-        QTest::newRow("calibration: back from the gate")
-            << QStringList{"PLC:LblSel(0)", "BcBut:lblReturn2"} << QStringList{"PLC"} << QStringList{"BcBut"};
-        QTest::newRow("calibration: back from the menu")
-            << gate + QStringList{"BcBut:lblReturn"} << QStringList{"PLC"} << QStringList{"BcBut"};
-        QTest::newRow("calibration: a scale and back")
-            << gate + QStringList{"BcBut:LblBd(0)", "hidden:BcBut", "YIBiao:lblReturn"} << QStringList{"BcBut"}
-            << QStringList{"YIBiao", "PLC"};
-        QTest::newRow("calibration: a scale, back, back")
-            << gate + QStringList{"BcBut:LblBd(8)", "YIBiao:lblReturn", "BcBut:lblReturn"} << QStringList{"PLC"}
-            << QStringList{"YIBiao", "BcBut"};
-        QTest::newRow("calibration: sensors and back")
-            << gate + QStringList{"BcBut:lblSensor", "hidden:BcBut", "Sensor:lblReturn"} << QStringList{"BcBut"}
-            << QStringList{"Sensor"};
-        QTest::newRow("calibration: records over the menu")
-            << gate + QStringList{"BcBut:LbLBdjk"} << QStringList{"FrmJk", "BcBut"} << QStringList{"PLC"};
-        QTest::newRow("calibration: records closed")
-            << gate + QStringList{"BcBut:LbLBdjk", "FrmJk:ImageExit"} << QStringList{"BcBut"} << QStringList{"FrmJk"};
-        QTest::newRow("parameters: no gate, back")
-            << QStringList{"PLC:LblSel(1)", "BcBut:lblReturn"} << QStringList{"PLC"} << QStringList{"BcBut"};
-        QTest::newRow("parameters: a scale and back")
-            << QStringList{"PLC:LblSel(1)", "BcBut:LblBd(1)", "hidden:BcBut", "Cansd:lblReturn"} << QStringList{"BcBut"}
-            << QStringList{"Cansd", "PLC"};
-        QTest::newRow("moisture: menu and back")
-            << QStringList{"PLC:lblAdvance", "BcButHumid:lblReturn"} << QStringList{"PLC"} << QStringList{"BcButHumid"};
-        QTest::newRow("moisture: a probe and back")
-            << QStringList{"PLC:lblAdvance", "BcButHumid:LblBd(4)", "hidden:BcButHumid", "YIBiaoHumidNew:lblReturn"}
-            << QStringList{"BcButHumid"}
-            << QStringList{"YIBiaoHumidNew", "PLC"};
-        QTest::newRow("system functions and back")
-            << QStringList{"PLC:LblSel(2)", "Other:lblReturn"} << QStringList{"PLC"} << QStringList{"Other"};
-        QTest::newRow("vibrator times and back")
-            << QStringList{"PLC:LblSel(2)", "Other:LblZDTime", "hidden:Other", "ZDTime:lblReturn"} << QStringList{"Other"}
-            << QStringList{"ZDTime", "PLC"};
-        QTest::newRow("factory setting: the hidden entry, back from the gate")
-            << QStringList{"PLC:LblSel(2)", "Other:lblShowFactory", "Other:lblHard", "hidden:Other", "Factory:lblReturn2"}
-            << QStringList{"Other"} << QStringList{"Factory", "PLC"};
-        QTest::newRow("factory setting: the code, back from the setting")
-            << QStringList{"PLC:LblSel(2)", "Other:lblShowFactory", "Other:ImgHard", "Factory:txtPassword=61730428",
-                           "Factory:lblOK", "Factory:lblReturn"}
-            << QStringList{"Other"} << QStringList{"Factory", "PLC"};
-        QTest::newRow("factory setting, back, back")
-            << QStringList{"PLC:LblSel(2)", "Other:lblShowFactory", "Other:lblHard", "Factory:txtPassword=61730428",
-                           "Factory:cmdOK", "Factory:ImgReturn", "Other:ImgReturn"}
-            << QStringList{"PLC"} << QStringList{"Factory", "Other"};
-        // The gate is passed once a run: the next entry goes straight to the menu.
-        QTest::newRow("calibration: the gate once a run")
-            << gate + QStringList{"BcBut:lblReturn", "PLC:LblSel(0)", "BcBut:lblSensor", "Sensor:lblReturn"}
-            << QStringList{"BcBut"} << QStringList{"Sensor", "PLC"};
-        // The images do what their captions do.
-        QTest::newRow("images: calibration, sensors, back, back")
-            << QStringList{"PLC:Image1(0)", "BcBut:txtPassword=90765", "BcBut:cmdOK", "BcBut:ImgSensor",
-                           "Sensor:ImgReturn", "BcBut:ImgReturn"}
-            << QStringList{"PLC"} << QStringList{"Sensor", "BcBut"};
-        QTest::newRow("images: calibration gate and back")
-            << QStringList{"PLC:Image1(0)", "BcBut:ImgReturn2"} << QStringList{"PLC"} << QStringList{"BcBut"};
-        QTest::newRow("images: a scale and back")
-            << gate + QStringList{"BcBut:ImgBd(2)", "YIBiao:ImgReturn"} << QStringList{"BcBut"} << QStringList{"YIBiao"};
-        QTest::newRow("images: records")
-            << gate + QStringList{"BcBut:ImgBdjk"} << QStringList{"FrmJk", "BcBut"} << QStringList{"PLC"};
-        QTest::newRow("images: parameters, a scale, back, back")
-            << QStringList{"PLC:Image1(1)", "BcBut:ImgBd(8)", "Cansd:ImgReturn", "BcBut:ImgReturn"} << QStringList{"PLC"}
-            << QStringList{"Cansd", "BcBut"};
-        QTest::newRow("images: moisture, a probe, back, back")
-            << QStringList{"PLC:ImgAdvance", "BcButHumid:ImgBd(4)", "YIBiaoHumidNew:ImgReturn", "BcButHumid:ImgReturn"}
-            << QStringList{"PLC"} << QStringList{"YIBiaoHumidNew", "BcButHumid"};
-        QTest::newRow("images: system functions, vibrators, back, back")
-            << QStringList{"PLC:Image1(2)", "Other:ImageZDTime", "ZDTime:ImgReturn", "Other:ImgReturn"} << QStringList{"PLC"}
-            << QStringList{"ZDTime", "Other"};
-        QTest::newRow("images: factory gate and back")
-            << QStringList{"PLC:Image1(2)", "Other:lblShowFactory", "Other:ImgHard", "Factory:ImgReturn2"}
-            << QStringList{"Other"} << QStringList{"Factory"};
-        QTest::newRow("images: hoist calibration back")
-            << QStringList{"open:YiBiaoAdvance", "YiBiaoAdvance:ImgReturn"} << QStringList{"PLC"} << QStringList{"YiBiaoAdvance"};
-        QTest::newRow("images: aggregate editor back")
-            << QStringList{"PLC:Image1(1)", "open:CansdAG", "CansdAG:ImgReturn"} << QStringList{"BcBut"} << QStringList{"CansdAG"};
-        QTest::newRow("hoist calibration, kept without a menu entry")
-            << QStringList{"open:YiBiaoAdvance", "YiBiaoAdvance:lblReturn"} << QStringList{"PLC"}
-            << QStringList{"YiBiaoAdvance"};
-        QTest::newRow("aggregate editor, kept without a menu entry")
-            << QStringList{"PLC:LblSel(1)", "open:CansdAG", "CansdAG:lblReturn"} << QStringList{"BcBut"}
-            << QStringList{"CansdAG"};
-    }
-
+    void walk_data() { TableRows(kWalks); }
     void walk()
     {
-        QFETCH(QStringList, steps);
-        QFETCH(QStringList, shownAtEnd);
-        QFETCH(QStringList, goneAtEnd);
+        const auto& c = TableRow(kWalks);
+        ConsoleHarness h;
+        MbAnswerer mb;
         LogIn();
-        Walk(steps);
+        Walk((c.gate ? split("PLC:LblSel(0)|BcBut:txtPassword=90765|BcBut:lblOK") : QStringList()) + split(c.steps));
         if (QTest::currentTestFailed())
             return;
-        for (const QString& f : shownAtEnd)
+        for (const QString& f : split(c.shown))
             QTRY_VERIFY2(shown(f), qPrintable(f + QStringLiteral(" is not showing")));
         // A form that was left by its return is gone, so that its next entry starts afresh.
-        for (const QString& f : goneAtEnd)
+        for (const QString& f : split(c.gone))
             QTRY_VERIFY2(f == QLatin1String("PLC") ? !shown(f) : !Forms::loaded(f),
                          qPrintable(f + QStringLiteral(" is still there")));
-        QCOMPARE(h->endedProcess, -1);
-        QVERIFY(!h->programEnded);
+        QCOMPARE(h.endedProcess, -1);
+        QVERIFY(!h.programEnded);
     }
-
-private:
-    ConsoleHarness* h = nullptr;
-    MbAnswerer* mb = nullptr;
 };
 
 QTEST_MAIN(NavigationTest)

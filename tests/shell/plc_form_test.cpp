@@ -3,28 +3,23 @@
 #include "../common/common_test_util.h"
 #include "plcsim/sim_port.h"
 
-#include "common/app_paths.h"
-#include "common/error_log.h"
+#include "common/form_access.h"
+#include "common/lang.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "common/form_access.h"
 #include "link/link_engine.h"
 #include "shell/app_setup.h"
-#include "common/lang.h"
 #include "shell/plc_form.h"
 #include "shell/single_instance.h"
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLockFile>
 #include <QMouseEvent>
-#include <QTest>
 
 namespace {
 
@@ -54,10 +49,69 @@ bool menuShown(PLC* f)
     return !f->picCom->isVisible();
 }
 
-void chooseLanguage(const char* lansel)
+void chooseLanguage(const QString& lansel)
 {
     TextFile::writeLines(LangSelFile(), {QStringLiteral("[PLCCOMLANSEL]"), QStringLiteral("LANSEL=") + lansel});
 }
+
+const struct { const char* name; const char* code; } kCodes[] = {
+    {"right", "48213"}, {"empty", ""}, {"one digit short", "4821"}, {"trailing blank", "48213 "},
+    {"full-width digits", "４８２１３"},
+};
+
+// English texts follow the port's name with their blank. The log keeps the port's own number and words.
+// text: also the port's description, for other errors.
+const struct { const char* name; PortOpenError error; bool english; const char* text; bool errorIcon; int number;
+               const char* systemText; } kPortFailures[] = {
+    {"in use", PortOpenError::InUse, false, "Com3端口已被其它程序占用!请重新设置端口！", false, 2,
+     "Device or resource busy"},
+    {"missing", PortOpenError::Missing, false, "Com3端口无效!请重新设置端口！", false, 1, "No such file or directory"},
+    {"permission", PortOpenError::Other, false,
+     "/dev/ttyS2: Permission denied. The user must be in the dialout group.", true, 2, "Permission denied"},
+    {"in use, English", PortOpenError::InUse, true, "Com3 is in use by another program! Please choose another port!",
+     false, 2, "Device or resource busy"},
+    {"missing, English", PortOpenError::Missing, true, "Com3 is not a valid port! Please choose another port!", false,
+     1, "No such file or directory"},
+};
+
+const char kZhTitle[] = "秤控台设定选项";
+const char kZhPlant[] = "星河路桥工程有限公司QX240B7.1-42TR8CD517";
+// lanSel empty: no language choice file.
+const struct { const char* name; const char* comPort; const char* lanSel; int comboPlc, comboLan, langNo;
+               const char* title; const char* plant; } kStarts[] = {
+    {"Com5, Chinese", "5", "1", 4, 0, 1, kZhTitle, kZhPlant},
+    {"Com1, English", "1", "2", 0, 1, 2, "Weighing console settings", "English QX240B7.1-42TR8CD517"},
+    {"port 0 keeps Com2", "0", "1", 1, 0, 1, kZhTitle, kZhPlant},
+    {"port 7 keeps Com2", "7", "1", 1, 0, 1, kZhTitle, kZhPlant},
+    {"language 3 taken, combo left", "2", "3", 1, 0, 3, kZhTitle, "Russian QX240B7.1-42TR8CD517"},
+    {"no language choice file", "6", "", 5, 0, 1, kZhTitle, kZhPlant},
+};
+
+// fixture is copied over target ("binary": bytes of no text); no fixture: target removed; no target either:
+// the application folder read-only.
+const struct { const char* name; const char* fixture; const char* target; } kBadFiles[] = {
+    {"binary BLZConfig.dat", "BLZConfig_binary.dat", "Data/BLZConfig.dat"},
+    {"truncated BLZConfig.dat", "BLZConfig_truncated.dat", "Data/BLZConfig.dat"},
+    {"CName.ini of 10000-character lines", "CName_longlines.ini", "Data/CName.ini"},
+    {"no Data folder", "", "Data"},
+    {"read-only application folder", "", ""},
+    {"no language file", "", "Lang/PLCCOMLANGUAGE.ini"},
+    {"language file is binary", "binary", "Lang/PLCCOMLANGUAGE.ini"},
+};
+
+// English texts that follow a name or precede a number keep the blank between them. form: the form shown
+// (none: a link fault), or the section of a range message whose key is in control. scale -1: the cement
+// scale 8 named and with a vibrator, no scale chosen.
+const struct { const char* name; int scale; const char* form; const char* control; const char* text; } kGlued[] = {
+    {"fault dialog", 0, "", "", "port:Com5, and makes good contact."},
+    {"material row", 8, "Cansd", "LblCansd(10)", "水泥M1 fall correction"},
+    {"calibration title", 0, "YIBiao", "LblBceng", "骨料1 calibration"},
+    {"vibrator title", -1, "ZDTime", "lblTitleName(8)", "水泥 vibrator"},
+    {"sensor unit", -1, "Sensor", "LblUnit", "Unit: Kg"},
+    {"time range", 0, "LANOTHERFORM", "OTHER059", "is: ("},
+    {"vibrator time range", 0, "LANZDTIMEFORM", "ZDTIME010", "is: ("},
+    {"sensor range", 0, "LANSENSORFORM", "SENSOR003", "is: ("},
+};
 
 }  // namespace
 
@@ -73,28 +127,17 @@ private slots:
     }
     void cleanup() { delete h; }
 
-    void accessCode_data()
-    {
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("right") << "48213" << true;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("one digit short") << "4821" << false;
-        QTest::newRow("trailing blank") << "48213 " << false;
-        QTest::newRow("full-width digits") << "４８２１３" << false;
-    }
+    void accessCode_data() { TableRows(kCodes); }
     void accessCode()
     {
-        QFETCH(QString, code);
-        QFETCH(bool, accepted);
+        const QString code = QString::fromUtf8(TableRow(kCodes).code);
         MbAnswerer mb;
         PLC* f = loadForm();
-        QVERIFY(f);
         QVERIFY(f->picCom->isVisible());
         QVERIFY(f->FraCeng[0]->isHidden());
         f->txtPassword->setText(code);
         QTest::keyClick(f->txtPassword, Qt::Key_Return);
-        if (accepted) {
+        if (code == QLatin1String("48213")) {
             QVERIFY(mb.texts.isEmpty());
             QVERIFY(menuShown(f));
             QVERIFY(Link().portOpen());
@@ -123,68 +166,41 @@ private slots:
             f->cmdOk();
             QCOMPARE(h->programEnded, i == 4);
         }
-        QCOMPARE(mb.texts, QStringList(4, QStringLiteral("密码错误!")) << QStringLiteral("密码错误已5次，程序将退出！"));
+        QCOMPARE(mb.texts,
+                 QStringList(4, QStringLiteral("密码错误!")) << QStringLiteral("密码错误已5次，程序将退出！"));
         QCOMPARE(mb.errorIcons.last(), true);
         QVERIFY(!Link().portOpen());
         QVERIFY(QFile::exists(BLZConfigPath()));  // the way out saves the configuration
     }
 
-    // English texts follow the port's name with their blank.
-    void portOpenFailures_data()
-    {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("description");
-        QTest::addColumn<bool>("english");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("errorIcon");
-        QTest::addColumn<int>("number");  // the port's own error, as it reports it
-        QTest::addColumn<QString>("systemText");
-        const int inUse = int(PortOpenError::InUse), missing = int(PortOpenError::Missing);
-        QTest::newRow("in use") << inUse << "" << false << "Com3端口已被其它程序占用!请重新设置端口！" << false << 2
-                                << "Device or resource busy";
-        QTest::newRow("missing") << missing << "" << false << "Com3端口无效!请重新设置端口！" << false << 1
-                                 << "No such file or directory";
-        const QString denied = QStringLiteral("/dev/ttyS2: Permission denied. The user must be in the dialout group.");
-        QTest::newRow("permission") << int(PortOpenError::Other) << denied << false << denied << true << 2
-                                    << "Permission denied";
-        QTest::newRow("in use, English") << inUse << "" << true
-                                         << "Com3 is in use by another program! Please choose another port!" << false
-                                         << 2 << "Device or resource busy";
-        QTest::newRow("missing, English") << missing << "" << true
-                                          << "Com3 is not a valid port! Please choose another port!" << false << 1
-                                          << "No such file or directory";
-    }
+    void portOpenFailures_data() { TableRows(kPortFailures); }
     void portOpenFailures()
     {
-        QFETCH(int, error);
-        QFETCH(QString, description);
-        QFETCH(bool, english);
-        QFETCH(QString, text);
-        QFETCH(bool, errorIcon);
-        QFETCH(int, number);
-        QFETCH(QString, systemText);
+        const auto& c = TableRow(kPortFailures);
+        const QString text = QString::fromUtf8(c.text);
         MbAnswerer mb;
         bool refuse = true;
         plcsim::Controller* sim = &h->sim;
         SetPortFactory([&](int) -> CommPort* {
             if (refuse)
-                return new RefusingPort({PortOpenError(error), description, number, systemText});
+                return new RefusingPort(
+                    {c.error, c.error == PortOpenError::Other ? text : QString(), c.number, c.systemText});
             return new plcsim::SimPort(sim);
         });
-        if (english)
-            chooseLanguage("2");
+        if (c.english)
+            chooseLanguage(QStringLiteral("2"));
         PLC* f = loadForm();
         f->ComboPlc->setCurrentIndex(2);
         f->txtPassword->setText(QStringLiteral("48213"));
         f->cmdOk();
         QCOMPARE(mb.texts, QStringList{text});
-        QCOMPARE(mb.errorIcons, QList<bool>{errorIcon});
+        QCOMPARE(mb.errorIcons, QList<bool>{c.errorIcon});
         QVERIFY(f->picCom->isVisible());
         QVERIFY(f->FraCeng[1]->isHidden());
         QCOMPARE(int(PortNo), 3);
         const QString log = ErrorLogText();
-        // The log keeps the port's own number and words, not the operator's message.
-        const QString record = QStringLiteral("ErrNumber:%1----%2\r\nErrForm:PLC\r\nErrSub:cmdOk").arg(number).arg(systemText);
+        const QString record =
+            QStringLiteral("ErrNumber:%1----%2\r\nErrForm:PLC\r\nErrSub:cmdOk").arg(c.number).arg(c.systemText);
         QVERIFY2(log.contains(record), qPrintable(log));
         QVERIFY2(!log.contains(text), qPrintable(log));
 
@@ -195,45 +211,20 @@ private slots:
         QVERIFY(menuShown(f));
     }
 
-    void startingValuesFromFiles_data()
-    {
-        QTest::addColumn<QString>("comPort");
-        QTest::addColumn<QString>("lanSel");
-        QTest::addColumn<int>("comboPlc");
-        QTest::addColumn<int>("comboLan");
-        QTest::addColumn<int>("langNo");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("plant");
-        const QString zhTitle = QStringLiteral("秤控台设定选项");
-        const QString zhPlant = QStringLiteral("星河路桥工程有限公司QX240B7.1-42TR8CD517");
-        QTest::newRow("Com5, Chinese") << "5" << "1" << 4 << 0 << 1 << zhTitle << zhPlant;
-        QTest::newRow("Com1, English") << "1" << "2" << 0 << 1 << 2 << "Weighing console settings"
-                                       << "English QX240B7.1-42TR8CD517";
-        QTest::newRow("port 0 keeps Com2") << "0" << "1" << 1 << 0 << 1 << zhTitle << zhPlant;
-        QTest::newRow("port 7 keeps Com2") << "7" << "1" << 1 << 0 << 1 << zhTitle << zhPlant;
-        QTest::newRow("language 3 taken, combo left") << "2" << "3" << 1 << 0 << 3 << zhTitle
-                                                      << "Russian QX240B7.1-42TR8CD517";
-        QTest::newRow("no language choice file") << "6" << "" << 5 << 0 << 1 << zhTitle << zhPlant;
-    }
+    void startingValuesFromFiles_data() { TableRows(kStarts); }
     void startingValuesFromFiles()
     {
-        QFETCH(QString, comPort);
-        QFETCH(QString, lanSel);
-        QFETCH(int, comboPlc);
-        QFETCH(int, comboLan);
-        QFETCH(int, langNo);
-        QFETCH(QString, title);
-        QFETCH(QString, plant);
+        const auto& c = TableRow(kStarts);
         QDir().mkpath(h->path(QStringLiteral("Data")));
-        TextFile::writeLines(h->path(QStringLiteral("Data/BLZConfig.dat")), {QStringLiteral("COMPort=") + comPort});
-        if (!lanSel.isEmpty())
-            chooseLanguage(qPrintable(lanSel));
+        TextFile::writeLines(h->path(QStringLiteral("Data/BLZConfig.dat")), {QStringLiteral("COMPort=") + c.comPort});
+        if (*c.lanSel)
+            chooseLanguage(QLatin1String(c.lanSel));
         PLC* f = loadForm();
-        QCOMPARE(f->ComboPlc->currentIndex(), comboPlc);
-        QCOMPARE(f->ComboLan->currentIndex(), comboLan);
-        QCOMPARE(int(LangNo), langNo);
-        QCOMPARE(label(f, "lblFormTitle"), title);
-        QCOMPARE(label(f, "Label1(2)"), plant);
+        QCOMPARE(f->ComboPlc->currentIndex(), c.comboPlc);
+        QCOMPARE(f->ComboLan->currentIndex(), c.comboLan);
+        QCOMPARE(int(LangNo), c.langNo);
+        QCOMPARE(label(f, "lblFormTitle"), QString::fromUtf8(c.title));
+        QCOMPARE(label(f, "Label1(2)"), QString::fromUtf8(c.plant));
     }
 
     void languageChoiceIsSavedAndApplied()
@@ -258,31 +249,20 @@ private slots:
         QCOMPARE(label(f, "lblPassWord"), QStringLiteral("密码:"));
     }
 
-    void badFilesStillStart_data()
-    {
-        QTest::addColumn<QString>("fixture");  // copied over target; empty: target removed
-        QTest::addColumn<QString>("target");
-        QTest::newRow("binary BLZConfig.dat") << "BLZConfig_binary.dat" << "Data/BLZConfig.dat";
-        QTest::newRow("truncated BLZConfig.dat") << "BLZConfig_truncated.dat" << "Data/BLZConfig.dat";
-        QTest::newRow("CName.ini of 10000-character lines") << "CName_longlines.ini" << "Data/CName.ini";
-        QTest::newRow("no Data folder") << "" << "Data";
-        QTest::newRow("read-only application folder") << "" << "";
-        QTest::newRow("no language file") << "" << "Lang/PLCCOMLANGUAGE.ini";
-        QTest::newRow("language file is binary") << "binary" << "Lang/PLCCOMLANGUAGE.ini";
-    }
+    void badFilesStillStart_data() { TableRows(kBadFiles); }
     void badFilesStillStart()
     {
-        QFETCH(QString, fixture);
-        QFETCH(QString, target);
+        const auto& c = TableRow(kBadFiles);
+        const QString fixture = QLatin1String(c.fixture), target = h->path(QLatin1String(c.target));
+        const bool readOnly = !*c.target, binLang = fixture == QLatin1String("binary");
         QDir().mkpath(h->path(QStringLiteral("Data")));
         const QString blz = h->path(QStringLiteral("Data/BLZConfig.dat"));
-        const bool readOnly = target.isEmpty(), binLang = fixture == QLatin1String("binary");
         if (binLang)
-            putBytes(h->path(target), QByteArray("\xff\xfe\x00[LANPLCFORM]\x00\x01\x02", 17));
+            putBytes(target, QByteArray("\xff\xfe\x00[LANPLCFORM]\x00\x01\x02", 17));
         else if (!fixture.isEmpty())
-            QFile::copy(::fixture(fixture), h->path(target));
-        else if (!readOnly && !QFile::remove(h->path(target)))
-            QDir(h->path(target)).removeRecursively();
+            QFile::copy(::fixture(fixture), target);
+        else if (!readOnly && !QFile::remove(target))
+            QDir(target).removeRecursively();
         const QByteArray before = rawBytes(blz);
 
         MbAnswerer mb;
@@ -292,12 +272,11 @@ private slots:
             nobody = std::make_unique<UnprivilegedFiles>();
         }
         PLC* f = loadForm();
-        QVERIFY(f);
         if (!binLang)
-            QCOMPARE(label(f, "lblFormTitle"), QStringLiteral("秤控台设定选项"));
+            QCOMPARE(label(f, "lblFormTitle"), QString::fromUtf8(kZhTitle));
         QVERIFY(mb.texts.isEmpty());
         QVERIFY(f->picCom->isVisible());
-        QCOMPARE(ScaleName[0].isEmpty(), false);  // the names fall back to the defaults
+        QVERIFY(!ScaleName[0].isEmpty());  // the names fall back to the defaults
 
         f->txtPassword->setText(QStringLiteral("48213"));
         f->cmdOk();
@@ -324,103 +303,70 @@ private slots:
         QVERIFY(Forms::get<PLC>(QStringLiteral("PLC"))->load());
     }
 
-    void loginPanelGivesThePasswordTheFocus_data()
-    {
-        QTest::addColumn<bool>("byActivation");  // else by the pointer over the panel
-        QTest::newRow("pointer over the panel") << false;
-        QTest::newRow("form activated") << true;
-    }
+    // By the pointer over the panel, then by the form's activation.
     void loginPanelGivesThePasswordTheFocus()
     {
-        QFETCH(bool, byActivation);
         PLC* f = loadForm();
         QVERIFY(QTest::qWaitForWindowExposed(f));
-        f->ComboPlc->setFocus();
-        if (byActivation) {
-            QWidget other;
-            other.show();
-            other.activateWindow();
-            QTRY_VERIFY(other.isActiveWindow());
+        for (const bool byActivation : {false, true}) {
             f->ComboPlc->setFocus();
-            f->activateWindow();
-            QTRY_VERIFY(f->isActiveWindow());
-        } else {
-            QMouseEvent move(QEvent::MouseMove, QPointF(20, 20), f->picCom->mapToGlobal(QPointF(20, 20)), Qt::NoButton,
-                             Qt::NoButton, Qt::NoModifier);
-            QApplication::sendEvent(f->picCom, &move);
+            if (byActivation) {
+                QWidget other;
+                other.show();
+                other.activateWindow();
+                QTRY_VERIFY(other.isActiveWindow());
+                f->ComboPlc->setFocus();
+                f->activateWindow();
+                QTRY_VERIFY(f->isActiveWindow());
+            } else {
+                QMouseEvent move(QEvent::MouseMove, QPointF(20, 20), f->picCom->mapToGlobal(QPointF(20, 20)),
+                                 Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+                QApplication::sendEvent(f->picCom, &move);
+            }
+            QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(f->txtPassword));
         }
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(f->txtPassword));
     }
 
-    void passwordBoxesShowStars_data()
-    {
-        QTest::addColumn<QString>("form");
-        QTest::newRow("login") << "PLC";
-        QTest::newRow("calibration gate") << "BcBut";
-        QTest::newRow("factory gate") << "Factory";
-    }
     void passwordBoxesShowStars()
     {
-        QFETCH(QString, form);
-        QWidget* f = form == QLatin1String("PLC") ? loadForm() : Forms::load(form);
-        auto* box = Ctl<QLineEdit>(f, QStringLiteral("txtPassword"));
-        box->setText(QStringLiteral("90765"));
-        QCOMPARE(box->displayText(), QStringLiteral("*****"));
+        for (const char* form : {"PLC", "BcBut", "Factory"}) {
+            QWidget* f = *form == 'P' ? loadForm() : Forms::load(QLatin1String(form));
+            auto* box = Ctl<QLineEdit>(f, QStringLiteral("txtPassword"));
+            box->setText(QStringLiteral("90765"));
+            QCOMPARE(box->displayText(), QStringLiteral("*****"));
+        }
     }
 
-    // English texts that follow a name keep the blank between them (the port errors: portOpenFailures).
-    void gluedEnglishKeepsItsBlank_data()
-    {
-        QTest::addColumn<QString>("where");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("fault dialog") << "fault" << "port:Com5, and makes good contact.";
-        QTest::newRow("material row") << "material" << "水泥M1 fall correction";
-        QTest::newRow("calibration title") << "title" << "骨料1 calibration";
-        QTest::newRow("vibrator title") << "vibrator" << "水泥 vibrator";
-        QTest::newRow("sensor unit") << "unit" << "Unit: Kg";
-        // Range messages: the numbers follow the text.
-        QTest::newRow("time range") << "LANOTHERFORM/OTHER059" << "is: (";
-        QTest::newRow("vibrator time range") << "LANZDTIMEFORM/ZDTIME010" << "is: (";
-        QTest::newRow("sensor range") << "LANSENSORFORM/SENSOR003" << "is: (";
-    }
+    void gluedEnglishKeepsItsBlank_data() { TableRows(kGlued); }
     void gluedEnglishKeepsItsBlank()
     {
-        QFETCH(QString, where);
-        QFETCH(QString, text);
+        const auto& c = TableRow(kGlued);
+        const QString form = QLatin1String(c.form);
         MbAnswerer mb;
         LangNo = 2;
         ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));
         QString shown;
-        const auto showAndRead = [&](const QString& form, const char* name) {
-            Forms::show(form);
-            shown = label(Forms::loaded(form), name);
-        };
-        if (where.contains(QLatin1Char('/'))) {
-            const QStringList at = where.split(QLatin1Char('/'));
-            shown = LangText(at[0], at[1], QStringLiteral("?")) + QStringLiteral("(1-300)");
-        } else if (where == QLatin1String("vibrator") || where == QLatin1String("unit")) {
-            h->connectLink();
-            ScaleName[8] = QStringLiteral("水泥");
-            ScaleVibrator[8] = 1;
-            if (where == QLatin1String("unit"))
-                showAndRead(QStringLiteral("Sensor"), "LblUnit");
-            else
-                showAndRead(QStringLiteral("ZDTime"), "lblTitleName(8)");
+        if (form.startsWith(QLatin1String("LAN"))) {
+            shown = LangText(form, QLatin1String(c.control), QStringLiteral("?")) + QStringLiteral("(1-300)");
         } else {
             h->connectLink();
-            UseScaleDevices(where == QLatin1String("material") ? 8 : 0);
-            if (where == QLatin1String("fault")) {
+            if (c.scale >= 0) {
+                UseScaleDevices(c.scale);
+            } else {
+                ScaleName[8] = QStringLiteral("水泥");
+                ScaleVibrator[8] = 1;
+            }
+            if (form.isEmpty()) {
                 PortNo = 5;
                 Link().RetryCount = 8;
                 Link().RetryRequest();
                 shown = mb.texts.value(0);
-            } else if (where == QLatin1String("material")) {
-                showAndRead(QStringLiteral("Cansd"), "LblCansd(10)");
             } else {
-                showAndRead(QStringLiteral("YIBiao"), "LblBceng");
+                Forms::show(form);
+                shown = label(Forms::loaded(form), c.control);
             }
         }
-        QVERIFY2(shown.contains(text), qPrintable(shown));
+        QVERIFY2(shown.contains(QString::fromUtf8(c.text)), qPrintable(shown));
     }
 
 private:

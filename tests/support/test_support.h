@@ -90,3 +90,18 @@ void LogIn();
 // waits until the form has stepped aside, "idle" until the link has no request out. A step that cannot
 // be made fails the test.
 void Walk(const QStringList& steps);
+
+#include <QTest>
+
+// Named rows from a plain table of structs that begin with `const char* name`: the row's index is the only
+// column, and TableRow gives the test its entry.
+template <class T, size_t N> void TableRows(const T (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i)
+        QTest::newRow(rows[i].name) << int(i);
+}
+template <class T, size_t N> const T& TableRow(const T (&rows)[N])
+{
+    return rows[*static_cast<int*>(QTest::qData("row", QMetaType::Int))];
+}
