@@ -51,13 +51,6 @@ inline void setTreeWritable(const QString& path, bool writable)
 inline void makeReadOnly(const QString& root) { setTreeWritable(root, false); }
 inline void makeWritable(const QString& root) { setTreeWritable(root, true); }
 
-// Qt Test rows from a plain table of structs with a name: the one column "row" is the place in the table.
-template <class Row, std::size_t N> void addRows(const Row (&rows)[N])
-{
-    QTest::addColumn<int>("row");
-    for (std::size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
-}
-
 // A fresh application folder for each test function (renew() in init()); app("Data/x") is a path in it.
 class AppFolder {
 public:

@@ -24,7 +24,7 @@ private slots:
     void init() { app.renew(); }
     void cleanup() { AppPaths::setDosAttributes({}); }
 
-    void windowsPaths_data() { addRows(kWindowsPaths); }
+    void windowsPaths_data() { TableRows(kWindowsPaths); }
     void windowsPaths()
     {
         QFETCH(int, row);
@@ -54,7 +54,7 @@ private slots:
     // On a share of a Windows station the folder takes the hidden bit among its DOS attributes (four bytes,
     // low byte first), the others kept. A mount without them, or one that refuses, leaves ".hidden" alone to
     // tell it, and nothing goes to the log.
-    void hiddenOnAWindowsShare_data() { addRows(kShareAttributes); }
+    void hiddenOnAWindowsShare_data() { TableRows(kShareAttributes); }
     void hiddenOnAWindowsShare()
     {
         QFETCH(int, row);

@@ -40,7 +40,7 @@ private slots:
         QCOMPARE(ErrorLogPath(QDate(2026, 3, 5)), app("ProgramErr/20263ErrLog.txt"));
     }
 
-    void oncePerRoutineAndNumber_data() { addRows(kRepeats); }
+    void oncePerRoutineAndNumber_data() { TableRows(kRepeats); }
     void oncePerRoutineAndNumber()
     {
         QFETCH(int, row);

@@ -33,7 +33,7 @@ private slots:
         QVERIFY(putBytes(LangTextsFile(), kTexts));
     }
 
-    void choice_data() { addRows(kChoices); }
+    void choice_data() { TableRows(kChoices); }
     void choice()
     {
         QFETCH(int, row);

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QTest>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -90,8 +91,6 @@ void LogIn();
 // waits until the form has stepped aside, "idle" until the link has no request out. A step that cannot
 // be made fails the test.
 void Walk(const QStringList& steps);
-
-#include <QTest>
 
 // Named rows from a plain table of structs that begin with `const char* name`: the row's index is the only
 // column, and TableRow gives the test its entry.
