@@ -90,3 +90,19 @@ void LogIn();
 // waits until the form has stepped aside, "idle" until the link has no request out. A step that cannot
 // be made fails the test.
 void Walk(const QStringList& steps);
+
+#include <QTest>
+
+// A table-driven test whose rows are a static array of structs, each starting with `const char* name`:
+// `_data()` calls AddRows(table), the test takes its row with `const auto& c = Row(table);`.
+template <class Case, size_t N> void AddRows(const Case (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i)
+        QTest::newRow(rows[i].name) << int(i);
+}
+template <class Case, size_t N> const Case& Row(const Case (&rows)[N])
+{
+    QFETCH(int, row);
+    return rows[row];
+}
