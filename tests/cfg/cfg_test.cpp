@@ -8,14 +8,13 @@
 #include "plcsim/sim_port.h"
 
 #include <QFile>
-#include <QTest>
 
 namespace {
 
+// A commissioned plant and the command's output; every restore is confirmed.
 struct Rig {
     ConsoleHarness h;
     QStringList out, err;
-    QList<bool> answers;
     CfgRun run;
     QString file = h.path(QStringLiteral("plant.cfg"));
 
@@ -25,9 +24,9 @@ struct Rig {
         CfgPrepare();
         run.out = [this](const QString& l) { out << l; };
         run.err = [this](const QString& l) { err << l; };
-        run.ask = [this](const QString&) { return !answers.isEmpty() && answers.takeFirst(); };
+        run.yes = true;
     }
-    // The bodies of the write frames the controller received since the last call: "1" address count.
+    // The write frames the controller received since the last call: "1", byte address, byte count.
     QStringList takeWrites()
     {
         QStringList heads;
@@ -46,7 +45,8 @@ struct Rig {
     int lineOf(const QString& prefix)
     {
         const QStringList l = lines();
-        const QString section = prefix.section(QLatin1Char('\n'), -2, -2), start = prefix.section(QLatin1Char('\n'), -1);
+        const QString section = prefix.section(QLatin1Char('\n'), -2, -2);
+        const QString start = prefix.section(QLatin1Char('\n'), -1);
         int i = 0;
         while (!section.isEmpty() && i < l.size() && !l[i].startsWith(section))
             ++i;
@@ -59,63 +59,80 @@ struct Rig {
     void edit(const char* prefix, const char* text)
     {
         QStringList l = lines();
-        const int n = lineOf(QLatin1String(prefix)) - 1;
+        const int n = lineOf(QString::fromUtf8(prefix)) - 1;
         if (text)
             l[n] = QString::fromUtf8(text);
         else
             l = l.mid(0, n);
-        TextFile::writeBytes(file, "\xEF\xBB\xBF" + TextFile::encodeAs(l.join(QStringLiteral("\r\n")), TextFile::Encoding::Utf8));
+        const QString all = l.join(QStringLiteral("\r\n"));
+        TextFile::writeBytes(file, "\xEF\xBB\xBF" + TextFile::encodeAs(all, TextFile::Encoding::Utf8));
     }
 };
 
-void change(plcsim::Controller& sim, char kind, int device, int value)
-{
-    if (kind == 'S')
-        sim.setSBit(device, value != 0);
-    else
-        sim.setWord(device, short(value));
-}
+// A change in the controller is named by diff in the form's units, restore writes that block alone with
+// the form's frame, and the controller then says what the file says.
+const struct { const char* name; char kind; int device, value; const char *diff, *writes; } kChanges[] = {
+    {"parameter", 'D', 358, 300, "骨料4 [scale03.params] 慢速配料值: 350 -> 300", "112B21E"},
+    {"sensor load in two decimals", 'D', 211, 12345, "传感器配置设定 [D200] 外加剂1: 300.00 -> 123.45", "111901C"},
+    {"option bit", 'S', 525, 1, "骨料4 [scale03.options] 功能选项: 0--0 -> 2--0", "1004102"},
+    {"option bit of S612", 'S', 618, 1, "系统功能设定 [S612] 系统功能设定: 0--0 -> 0--4", "1004C02"},
+    {"plant time in tenths", 'D', 216, 55, "系统功能设定 [D215] 持续响铃时间: 5 -> 5.5", "111AE0C"},
+    {"vibrator time the form rounds", 'D', 273, 62, "振动器振动时间设定 [D272] 骨料3振动器 计量振动时间: 6 (60) -> 6 (62)",
+     "1122038"},
+    {"deceleration distance, under the vibrator block too", 'D', 295, 400,
+     "振动器振动时间设定 [D272] 粉灰振动器 振动时间: 30 -> 40\n斗提位置标定 [D291] 下降提前减速脉冲数: 300 -> 400", "1124C04"},
+};
+
+// A damaged file, or one value the editors would refuse: named with its line and what is wrong, and nothing
+// goes to the controller, not even a read. The first line that starts with the prefix is replaced (no line:
+// the file ends before it); the fault is that many lines after it; restore or diff.
+const struct { const char *name, *prefix, *line; int shift; bool restore; const char* message; } kRefused[] = {
+    {"parameter above its range", "p03 ", "p03 = 201 | 201", 0, true,
+     "骨料1 [scale00.params] 按键归零允许范围: 请检查!按键归零允许范围为:(20-200)Kg"},
+    {"zero range above the discharge tolerance", "p04 ", "p04 = 40", 0, true,
+     "骨料1 [scale00.params] 零位范围: 零位范围不应大于卸料允许误差值!"},
+    {"plant time below its range", "t1 ", "t1 = | 2", 0, true,
+     "系统功能设定 [D215] 持续响铃时间: 请检查!时间设定的输入范围为：(3-60)S"},
+    {"vibrator pause of nought", "vib00 ", "vib00 = 0", 0, true,
+     "振动器振动时间设定 [D272] 骨料3振动器 计量振动间歇时间: 请检查!振动时间设定的输入范围为:(1-60)S"},
+    {"sensor load above 300.00 kg", "load11 ", "load11 = 30001", 0, true,
+     "传感器配置设定 [D200] 外加剂1: 请检查!传感器配置设定的输入范围为:(0-300kg)"},
+    {"deceleration distance below 100", "decelUp ", "decelUp = 99", 0, true,
+     "斗提位置标定 [D291] 上升提前减速脉冲数: 请检查!上升提前减速脉冲数的输入范围为:(100-2000)"},
+    {"S500 against scale 0's options", "[S500]\nbits", "bits = 1", 0, true,
+     "[S500] 与 [scale00.options] 是控制器中相同的位，两处的值必须一致。"},
+    {"newer format", "format", "format 2", 0, false, "文件格式 2 比本程序能读的格式 1 新，请使用新版本的 orvaplccfg。"},
+    {"no format line", "format", "formats 1", 0, false, "这不是配置文件：文件没有格式行。"},
+    {"cut short", "decelDown", nullptr, -1, false, "文件在此结束，没有结束行\"end\"：文件不完整。"},
+    {"word not a number", "p03 ", "p03 = 5x | 5", 0, false, "5x 不是控制器能保存的字（-32768 到 32767）。"},
+    {"word beyond 16 bits", "load00 ", "load00 = 40000", 0, true, "40000 不是控制器能保存的字（-32768 到 32767）。"},
+    {"word and shown value apart", "p13 ", "p13 = 350 | 300", 0, false,
+     "字 350 显示为 350，而不是 300：请两处一起修改，或留空其中一处。"},
+    {"shown value not a number", "p13 ", "p13 = | 3OO", 0, true, "3OO 不是“慢速配料值”的值。"},
+    {"unknown word", "p13 ", "p99 = 1", 0, false, "数据块 [scale00.params] 中没有 p99。"},
+    {"word missing", "p13 ", "# p13", -14, true, "数据块 [scale00.params] 缺少 p13（慢速配料值）。"},
+    {"text after the end", "end", "end\r\nmore", 1, false, "文件结束行\"end\"之后还有内容。"},
+};
+
+const struct { const char* name; int neighbour; } kNeighbours[] = {
+    {"next scale's first bit, third digit", 532},
+    {"scale before's fifth bit, second digit", 520},
+};
+
+const struct { const char* name; PortOpenError error; const char *port, *message; } kPorts[] = {
+    {"held by another program", PortOpenError::InUse, "", "Com2端口已被其它程序占用!请重新设置端口！"},
+    {"no such port", PortOpenError::Missing, "com5", "Com5端口无效!请重新设置端口！"},
+};
 
 }  // namespace
 
 class CfgTest : public QObject {
     Q_OBJECT
 private slots:
-    // A change in the controller is named by diff in the form's units, restore writes that block alone with
-    // the form's frame, and the controller then says what the file says.
-    void saveChangeDiffRestore_data()
-    {
-        QTest::addColumn<char>("kind");
-        QTest::addColumn<int>("device");
-        QTest::addColumn<int>("value");
-        QTest::addColumn<QString>("diff");
-        QTest::addColumn<QString>("writes");
-        const struct {
-            const char* name;
-            char kind;
-            int device, value;
-            const char *diff, *writes;
-        } rows[] = {
-            {"parameter", 'D', 358, 300, "骨料4 [scale03.params] 慢速配料值: 350 -> 300", "112B21E"},
-            {"sensor load in two decimals", 'D', 211, 12345, "传感器配置设定 [D200] 外加剂1: 300.00 -> 123.45", "111901C"},
-            {"option bit", 'S', 525, 1, "骨料4 [scale03.options] 功能选项: 0--0 -> 2--0", "1004102"},
-            {"option bit of S612", 'S', 618, 1, "系统功能设定 [S612] 系统功能设定: 0--0 -> 0--4", "1004C02"},
-            {"plant time in tenths", 'D', 216, 55, "系统功能设定 [D215] 持续响铃时间: 5 -> 5.5", "111AE0C"},
-            {"vibrator time the form rounds", 'D', 273, 62, "振动器振动时间设定 [D272] 骨料3振动器 计量振动时间: 6 (60) -> 6 (62)",
-             "1122038"},
-            {"deceleration distance, under the vibrator block too", 'D', 295, 400,
-             "振动器振动时间设定 [D272] 粉灰振动器 振动时间: 30 -> 40\n斗提位置标定 [D291] 下降提前减速脉冲数: 300 -> 400", "1124C04"},
-        };
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << r.kind << r.device << r.value << QString::fromUtf8(r.diff) << QString(r.writes);
-    }
+    void saveChangeDiffRestore_data() { TableRows(kChanges); }
     void saveChangeDiffRestore()
     {
-        QFETCH(char, kind);
-        QFETCH(int, device);
-        QFETCH(int, value);
-        QFETCH(QString, diff);
-        QFETCH(QString, writes);
+        const auto& c = TableRow(kChanges);
         Rig r;
         QCOMPARE(CfgSave(r.run, r.file), int(kCfgOk));
         const QStringList first = r.lines();
@@ -124,13 +141,15 @@ private slots:
         QCOMPARE(rawBytes(r.file).left(3), QByteArray("\xEF\xBB\xBF"));
         QCOMPARE(first.value(first.size() - 2), QStringLiteral("end"));
 
-        change(r.h.sim, kind, device, value);
+        if (c.kind == 'S')
+            r.h.sim.setSBit(c.device, c.value != 0);
+        else
+            r.h.sim.setWord(c.device, short(c.value));
         QCOMPARE(CfgDiff(r.run, r.file), int(kCfgDiffers));
-        QCOMPARE(r.out, diff.split(QLatin1Char('\n')));
+        QCOMPARE(r.out, QString::fromUtf8(c.diff).split(QLatin1Char('\n')));
         r.h.takeFrames();
-        r.run.yes = true;
         QCOMPARE(CfgRestore(r.run, r.file), int(kCfgOk));
-        QCOMPARE(r.takeWrites(), QStringList{writes});
+        QCOMPARE(r.takeWrites(), QStringList{c.writes});
         r.out.clear();
         QCOMPARE(CfgDiff(r.run, r.file), int(kCfgOk));
         QCOMPARE(r.out, QStringList());
@@ -139,15 +158,10 @@ private slots:
 
     // The bytes of a scale's options hold bits of the scales beside it. Changed by someone else between the
     // restore's first read and its write, they stay as that someone left them.
-    void optionWriteKeepsNeighbours_data()
-    {
-        QTest::addColumn<int>("neighbour");
-        QTest::newRow("next scale's first bit, third digit") << 532;
-        QTest::newRow("scale before's fifth bit, second digit") << 520;
-    }
+    void optionWriteKeepsNeighbours_data() { TableRows(kNeighbours); }
     void optionWriteKeepsNeighbours()
     {
-        QFETCH(int, neighbour);
+        const int neighbour = TableRow(kNeighbours).neighbour;
         Rig r;
         QCOMPARE(CfgSave(r.run, r.file), int(kCfgOk));
         r.h.sim.setSBit(525, true);
@@ -156,94 +170,25 @@ private slots:
             if (frame.mid(1, 7) == "0004102" && ++reads == 2)
                 r.h.sim.setSBit(neighbour, true);
         });
-        r.run.yes = true;
         QCOMPARE(CfgRestore(r.run, r.file), int(kCfgOk));
         QCOMPARE(reads, 3);  // the first read, the one right before the write, the read-back
-        QVERIFY(!r.h.sim.sBit(525));
-        QVERIFY(r.h.sim.sBit(neighbour));
+        QCOMPARE(QList<bool>({r.h.sim.sBit(525), r.h.sim.sBit(neighbour)}), QList<bool>({false, true}));
     }
 
-    // One value the editors would refuse and nothing goes to the controller, not even a read.
-    void refusedBeforeAnythingIsSent_data()
-    {
-        QTest::addColumn<QString>("prefix");
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("message");
-        const struct {
-            const char *name, *prefix, *line, *message;
-        } rows[] = {
-            {"parameter above its range", "p03 ", "p03 = 201 | 201", "骨料1 [scale00.params] 按键归零允许范围: 请检查!按键归零允许范围为:(20-200)Kg"},
-            {"zero range above the discharge tolerance", "p04 ", "p04 = 40", "骨料1 [scale00.params] 零位范围: 零位范围不应大于卸料允许误差值!"},
-            {"plant time below its range", "t1 ", "t1 = | 2", "系统功能设定 [D215] 持续响铃时间: 请检查!时间设定的输入范围为：(3-60)S"},
-            {"vibrator pause of nought", "vib00 ", "vib00 = 0",
-             "振动器振动时间设定 [D272] 骨料3振动器 计量振动间歇时间: 请检查!振动时间设定的输入范围为:(1-60)S"},
-            {"sensor load above 300.00 kg", "load11 ", "load11 = 30001", "传感器配置设定 [D200] 外加剂1: 请检查!传感器配置设定的输入范围为:(0-300kg)"},
-            {"deceleration distance below 100", "decelUp ", "decelUp = 99",
-             "斗提位置标定 [D291] 上升提前减速脉冲数: 请检查!上升提前减速脉冲数的输入范围为:(100-2000)"},
-            {"S500 against scale 0's options", "[S500]\nbits", "bits = 1", "[S500] 与 [scale00.options] 是控制器中相同的位，两处的值必须一致。"},
-        };
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << QString::fromUtf8(r.prefix) << QString::fromUtf8(r.line) << QString::fromUtf8(r.message);
-    }
+    void refusedBeforeAnythingIsSent_data() { TableRows(kRefused); }
     void refusedBeforeAnythingIsSent()
     {
-        QFETCH(QString, prefix);
-        QFETCH(QString, line);
-        QFETCH(QString, message);
+        const auto& c = TableRow(kRefused);
         Rig r;
         QCOMPARE(CfgSave(r.run, r.file), int(kCfgOk));
         r.h.sim.setWord(358, 300);  // something to restore
-        const int n = r.lineOf(prefix);
-        r.edit(prefix.toUtf8().constData(), line.toUtf8().constData());
+        const int n = r.lineOf(QString::fromUtf8(c.prefix)) + c.shift;
+        r.edit(c.prefix, c.line);
         r.h.takeFrames();
-        r.run.yes = true;
-        QCOMPARE(CfgRestore(r.run, r.file), int(kCfgError));
-        QCOMPARE(r.err, QStringList{QStringLiteral("%1:%2: %3").arg(r.file).arg(n).arg(message)});
+        QCOMPARE(c.restore ? CfgRestore(r.run, r.file) : CfgDiff(r.run, r.file), int(kCfgError));
+        QCOMPARE(r.err, QStringList{QStringLiteral("%1:%2: %3").arg(r.file).arg(n).arg(QString::fromUtf8(c.message))});
         QCOMPARE(r.h.takeFrames(), QStringList());
         QCOMPARE(r.h.sim.word(358), short(300));
-    }
-
-    // A damaged file is named with its line and what is wrong, before the port is opened.
-    void damagedFile_data()
-    {
-        QTest::addColumn<QString>("prefix");
-        QTest::addColumn<QString>("line");  // empty: the file ends before the line
-        QTest::addColumn<int>("shift");     // the fault's line after the edited one
-        QTest::addColumn<QString>("message");
-        const struct {
-            const char *name, *prefix, *line;
-            int shift;
-            const char* message;
-        } rows[] = {
-            {"newer format", "format", "format 2", 0, "文件格式 2 比本程序能读的格式 1 新，请使用新版本的 orvaplccfg。"},
-            {"no format line", "format", "formats 1", 0, "这不是配置文件：文件没有格式行。"},
-            {"cut short", "decelDown", nullptr, -1, "文件在此结束，没有结束行\"end\"：文件不完整。"},
-            {"word not a number", "p03 ", "p03 = 5x | 5", 0, "5x 不是控制器能保存的字（-32768 到 32767）。"},
-            {"word beyond 16 bits", "load00 ", "load00 = 40000", 0, "40000 不是控制器能保存的字（-32768 到 32767）。"},
-            {"word and shown value apart", "p13 ", "p13 = 350 | 300", 0, "字 350 显示为 350，而不是 300：请两处一起修改，或留空其中一处。"},
-            {"shown value not a number", "p13 ", "p13 = | 3OO", 0, "3OO 不是“慢速配料值”的值。"},
-            {"unknown word", "p13 ", "p99 = 1", 0, "数据块 [scale00.params] 中没有 p99。"},
-            {"word missing", "p13 ", "# p13", -14, "数据块 [scale00.params] 缺少 p13（慢速配料值）。"},
-            {"text after the end", "end", "end\r\nmore", 1, "文件结束行\"end\"之后还有内容。"},
-        };
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << QString(r.prefix) << (r.line ? QString::fromUtf8(r.line) : QString()) << r.shift
-                                  << QString::fromUtf8(r.message);
-    }
-    void damagedFile()
-    {
-        QFETCH(QString, prefix);
-        QFETCH(QString, line);
-        QFETCH(int, shift);
-        QFETCH(QString, message);
-        Rig r;
-        QCOMPARE(CfgSave(r.run, r.file), int(kCfgOk));
-        const int n = r.lineOf(prefix) + shift;
-        r.edit(prefix.toUtf8().constData(), line.isEmpty() ? nullptr : line.toUtf8().constData());
-        r.h.takeFrames();
-        QCOMPARE(CfgDiff(r.run, r.file), int(kCfgError));
-        QCOMPARE(r.err, QStringList{QStringLiteral("%1:%2: %3").arg(r.file).arg(n).arg(message)});
-        QCOMPARE(r.h.takeFrames(), QStringList());
     }
 
     // The controller stops answering at the second block's write: the restore stops there and says which
@@ -259,7 +204,6 @@ private slots:
             if (frame.mid(1, 7) == "111AE0C")
                 r.h.sim.injectFault(plcsim::Fault::Unplugged);
         });
-        r.run.yes = true;
         QCOMPARE(CfgRestore(r.run, r.file), int(kCfgError));
         QCOMPARE(r.err, QStringList({LinkFaultText(QStringLiteral("Com2")), QStringLiteral("已写入：scale03.params"),
                                      QStringLiteral("未写入：D215, D200")}));
@@ -267,30 +211,19 @@ private slots:
         QCOMPARE(r.h.sim.word(203), short(450));
     }
 
-    void portNotOpened_data()
-    {
-        QTest::addColumn<int>("error");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("held by another program") << int(PortOpenError::InUse) << QString()
-                                                 << QStringLiteral("Com2端口已被其它程序占用!请重新设置端口！");
-        QTest::newRow("no such port") << int(PortOpenError::Missing) << QStringLiteral("com5")
-                                      << QStringLiteral("Com5端口无效!请重新设置端口！");
-    }
+    void portNotOpened_data() { TableRows(kPorts); }
     void portNotOpened()
     {
-        QFETCH(int, error);
-        QFETCH(QString, port);
-        QFETCH(QString, message);
+        const auto& c = TableRow(kPorts);
         Rig r;
         SetPortFactory([&](int) {
             auto* p = new plcsim::SimPort(&r.h.sim);
-            p->setOpenError(PortOpenError(error));
+            p->setOpenError(c.error);
             return p;
         });
-        r.run.port = port;
+        r.run.port = QString::fromUtf8(c.port);
         QCOMPARE(CfgSave(r.run, r.file), int(kCfgError));
-        QCOMPARE(r.err, QStringList{message});
+        QCOMPARE(r.err, QStringList{QString::fromUtf8(c.message)});
         QVERIFY(!QFile::exists(r.file));
     }
 };
