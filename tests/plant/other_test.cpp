@@ -29,7 +29,8 @@ const struct Option {
     const char* click;
     QString frame;
 } kOptions[] = {
-    {"8000, mixing from transition hopper", "8000", "0000", "01010110010101", 2, "Check1(7)", WriteFrame("004C", "0000")},
+    {"8000, mixing from transition hopper", "8000", "0000", "01010110010101", 2, "Check1(7)",
+     WriteFrame("004C", "0000")},
     {"F00F, automatic bell", "F00F", "0001", "10101010101010", 0, "Check1(3)", WriteFrame("004C", "D00F")},
     {"F00F, the ticked box turns the pair over", "F00F", "0001", "10101010101010", 0, "Check1(2)",
      WriteFrame("004C", "D00F")},
@@ -90,7 +91,8 @@ const struct Jog {
     {"fan pressed", "cmdFengJi", true, false, "", "风机已开启!|-|ImageGreenUp|ImageRed"},
     {"fan released", "cmdFengJi", false, false, "", "风机已关闭!|-|ImageRed|ImageRed"},
     {"valve pressed", "cmdChuChen", true, false, "", "风机已关闭!|-|ImageRed|ImageGreenUp"},
-    {"fan press refused", "cmdFengJi", true, true, "尝试开启风机!/#ff0000/shown", "风机已开启!|-|ImageGreenUp|ImageRed"},
+    {"fan press refused", "cmdFengJi", true, true, "尝试开启风机!/#ff0000/shown",
+     "风机已开启!|-|ImageGreenUp|ImageRed"},
     {"fan release refused", "cmdFengJi", false, true, "尝试关闭风机!/#ff0000/shown", "风机已关闭!|-|ImageRed|ImageRed"},
     {"valve press refused", "cmdChuChen", true, true, "尝试开启除尘阀!/#ff0000/hidden",
      "风机已关闭!|-|ImageRed|ImageGreenUp"},
