@@ -11,7 +11,6 @@ const QString kReadS500 = Frame(QStringLiteral("0003E02"));
 const QString kReadY62 = Frame(QStringLiteral("000A602"));
 const QList<int> kTimes{55, 50, 80, 180, 50, 50};
 const QString kAskSet = QStringLiteral("是否设定当前时间配置?");
-const QString kAskReturn = QStringLiteral("时间配置更改后未设定，是否返回?");
 const QString kRange = QStringLiteral("请检查!时间设定的输入范围为：");
 
 QString timesWrite(const QList<int>& words) { return Frame(QStringLiteral("111AE0C") + WordsHex(words)); }
@@ -22,6 +21,121 @@ void seedPair(plcsim::Controller& sim, int address, const QString& digits)
     sim.setByteAt(address, quint8(digits.left(2).toInt(nullptr, 16)));
     sim.setByteAt(address + 1, quint8(digits.mid(2).toInt(nullptr, 16)));
 }
+
+// Ticks: Check1(0..9, 14, 15), CheckPPd(0, 1); the click on a box of the tab, and the frame it sends.
+const struct Option {
+    const char *name, *s612, *s500, *ticks;
+    int tab;
+    const char* click;
+    QString frame;
+} kOptions[] = {
+    {"8000, mixing from transition hopper", "8000", "0000", "01010110010101", 2, "Check1(7)",
+     WriteFrame("004C", "0000")},
+    {"F00F, automatic bell", "F00F", "0001", "10101010101010", 0, "Check1(3)", WriteFrame("004C", "D00F")},
+    {"F00F, the ticked box turns the pair over", "F00F", "0001", "10101010101010", 0, "Check1(2)",
+     WriteFrame("004C", "D00F")},
+    {"5AC3, no bell at power-on", "5AC3", "FFF0", "01011001100101", 0, "Check1(0)", WriteFrame("004C", "5AC7")},
+    {"5AC3, automatic loading", "5AC3", "FFF0", "01011001100101", 1, "Check1(5)", WriteFrame("004C", "1AC3")},
+    {"belt runs while feeding, S500", "8000", "1234", "01010110010101", 1, "CheckPPd(0)", WriteFrame("003E", "1235")},
+};
+
+// The twins go out in tenths, a value read as 55 back as 55.
+const struct TimesSet {
+    const char* name;
+    QString button;
+    QStringList edits;
+    bool nak;
+    QList<int> words;
+} kTimesSet[] = {
+    {"unchanged", "lblBdOk", {}, false, kTimes},
+    {"edited", "ImgBdOk", {"0=60", "3=5"}, false, {600, 50, 80, 50, 50, 50}},
+    {"defaults at once", "lblDefault", {"0=0"}, false, {50, 50, 80, 180, 50, 50}},
+    {"refused once, then taken", "ImgBdOk", {}, true, kTimes},
+};
+
+// focus -1: the field is hidden.
+const struct TimeFault {
+    const char* name;
+    QList<int> registers;
+    QStringList edits;
+    QString range;
+    int tab, focus;
+} kTimeFaults[] = {
+    {"61 in field 0", kTimes, {"0=61", "1=60"}, "(0-60)S", 0, 0},
+    {"2 in field 1", kTimes, {"1=2"}, "(3-60)S", 0, 1},
+    {"field 3 on tab 1, field 5 after it", kTimes, {"3=4", "5=31"}, "(5-60)S", 1, 3},
+    {"31 opens the hopper tab", kTimes, {"5=31"}, "(0-30)S", 4, 5},
+    {"hidden monitor time below range", {55, 50, 80, 180, 40, 50}, {}, "(5-60)S", 2, -1},
+};
+
+// What follows an edit of a time.
+const struct Return {
+    const char *name, *after;
+    bool asked;
+} kReturns[] = {
+    {"edited, not written", "", true},
+    {"written and acknowledged", "write", false},
+    {"a key after the write", "write key", true},
+    {"defaults refused by the controller", "refused defaults", true},
+    {"nothing edited", "untouched", false},
+};
+
+// A refused write: the fan's retry tip stays in sight, the valve's is hidden as soon as it is written.
+// Shown: fan tip | valve tip ("-": hidden) | pictures.
+const struct Jog {
+    const char* name;
+    QString button;
+    bool press, refused;
+    QString retryTip, shown;
+} kJogs[] = {
+    {"fan pressed", "cmdFengJi", true, false, "", "风机已开启!|-|ImageGreenUp|ImageRed"},
+    {"fan released", "cmdFengJi", false, false, "", "风机已关闭!|-|ImageRed|ImageRed"},
+    {"valve pressed", "cmdChuChen", true, false, "", "风机已关闭!|-|ImageRed|ImageGreenUp"},
+    {"fan press refused", "cmdFengJi", true, true, "尝试开启风机!/#ff0000/shown",
+     "风机已开启!|-|ImageGreenUp|ImageRed"},
+    {"fan release refused", "cmdFengJi", false, true, "尝试关闭风机!/#ff0000/shown", "风机已关闭!|-|ImageRed|ImageRed"},
+    {"valve press refused", "cmdChuChen", true, true, "尝试开启除尘阀!/#ff0000/hidden",
+     "风机已关闭!|-|ImageRed|ImageGreenUp"},
+    {"valve release refused", "cmdChuChen", false, true, "尝试关闭除尘阀!/#ff0000/hidden",
+     "风机已关闭!|-|ImageRed|ImageRed"},
+};
+
+// Y64 to Y67 in the first digit of Y62. Shown: fan tip | valve tip ("-": hidden) | pictures | valve text.
+const struct Outputs {
+    const char* name;
+    int y60;
+    QString shown;
+} kOutputs[] = {
+    {"C000: both on", 0xC0, "风机已开启!|-|ImageGreenUp|ImageGreenUp|除尘阀已开启!"},
+    {"4000: fan on, valve closed", 0x40, "风机已开启!|-|ImageGreenUp|ImageRed|除尘阀已关闭!"},
+    {"0000: both off", 0x00, "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!"},
+    {"3F00: other outputs only", 0x3F, "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!"},
+};
+
+const struct Help {
+    const char* name;
+    int help, tab;
+    QString text;
+} kHelps[] = {
+    {"bell times", 0, 0,
+     "延时响铃时间：每车最后一盘搅拌完成,拌缸卸料门关闭,再延时设定的时间后才响铃。\n"
+     "持续响铃时间：响铃持续的时间。[关闭]"},
+    {"loading", 1, 1,
+     "自动上料：系统在半自动状态时，选择自动上料时各种骨料计量完成后自动卸料将骨料送往过渡仓。\n"
+     "暂停上料：各种骨料计量完成后将进入等待状态，操作平皮带启动按钮后开始卸料将骨料送往过渡仓。[关闭]"},
+    {"belt times", 2, 1,
+     "平皮带卸料延时停止时间：系统在最后一个骨料秤卸料结束后开始延时,延时到此设定时间,平皮带停止。\n"
+     "过渡仓接料延时时间：平皮带停止后开始延时,延时到此设定时间,系统界面显示过渡仓接料完成信号。[关闭]"},
+    {"mixing time", 3, 2,
+     "普通生产模式时：搅拌时间计时方式可以进行选择:可以选择过渡仓骨料投料完成开始计算搅拌时间或全部物料投料完成"
+     "开始计算搅拌时间。\n高铁或管桩生产模式时：物料开始投入搅拌缸后，即开始计算搅拌时间。[关闭]"},
+    {"belt mode", 4, 1,
+     "平皮带工作方式选择：选择生产时连续工作，在生产时当前任务单中平皮带会连续运行，当前任务单完成时平皮带停止运行，"
+     "新任务单骨料秤放料时平皮带继续连续运行? \n"
+     "选择送料时启动工作，在骨料秤放料时平皮带才会运行，当骨料秤放完料后平皮带停止运行。    [关闭] "},
+    {"hopper, one text", 5, 4,
+     "拌缸卸料后成品储存斗延时卸料时间： 成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]"},
+};
 }  // namespace
 
 // The system function form on the wire against the simulator: the read chain, option clicks on S612 and
@@ -42,64 +156,38 @@ private slots:
     }
 
     // The chain on opening, the boxes as decoded, then a click after the controller's middle digits have
-    // changed: they go back as they were read. Ticks: Check1(0..9, 14, 15), CheckPPd(0, 1).
-    void openThenClickAnOption_data()
-    {
-        QTest::addColumn<QString>("s612");
-        QTest::addColumn<QString>("s500");
-        QTest::addColumn<QString>("ticks");
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<QString>("click");
-        QTest::addColumn<QString>("frame");
-        QTest::newRow("8000, mixing from transition hopper") << "8000" << "0000" << "01010110010101" << 2 << "Check1(7)"
-                                                            << WriteFrame("004C", "0000");
-        QTest::newRow("F00F, automatic bell") << "F00F" << "0001" << "10101010101010" << 0 << "Check1(3)"
-                                              << WriteFrame("004C", "D00F");
-        QTest::newRow("F00F, the ticked box turns the pair over") << "F00F" << "0001" << "10101010101010" << 0
-                                                                 << "Check1(2)" << WriteFrame("004C", "D00F");
-        QTest::newRow("5AC3, no bell at power-on") << "5AC3" << "FFF0" << "01011001100101" << 0 << "Check1(0)"
-                                                   << WriteFrame("004C", "5AC7");
-        QTest::newRow("5AC3, automatic loading") << "5AC3" << "FFF0" << "01011001100101" << 1 << "Check1(5)"
-                                                 << WriteFrame("004C", "1AC3");
-        QTest::newRow("belt runs while feeding, S500") << "8000" << "1234" << "01010110010101" << 1 << "CheckPPd(0)"
-                                                       << WriteFrame("003E", "1235");
-    }
+    // changed: they go back as they were read.
+    void openThenClickAnOption_data() { AddRows(kOptions); }
     void openThenClickAnOption()
     {
-        QFETCH(QString, s612);
-        QFETCH(QString, s500);
-        QFETCH(QString, ticks);
-        QFETCH(int, tab);
-        QFETCH(QString, click);
-        QFETCH(QString, frame);
-        seedPair(h->sim, 0x4C, s612);
-        seedPair(h->sim, 0x3E, s500);
+        const Option& c = TheRow(kOptions);
+        seedPair(h->sim, 0x4C, c.s612);
+        seedPair(h->sim, 0x3E, c.s500);
         open(kTimes);
         QCOMPARE(h->takeFrames(), (QStringList{kReadTimes, kReadS612, kReadS500}));
         QStringList times;
         for (int i = 0; i < 6; ++i)
-            times << box(i)->text();
+            times << Box(f, i)->text();
         QCOMPARE(times.join('|'), QStringLiteral("5.5|5|8|18|5|5"));
         QString state;
         for (const char* b : {"Check1(0)", "Check1(1)", "Check1(2)", "Check1(3)", "Check1(4)", "Check1(5)", "Check1(6)",
                               "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)", "CheckPPd(1)"})
             state += check(b)->isChecked() ? '1' : '0';
-        QCOMPARE(state, ticks);
-        QCOMPARE(box(0)->isEnabled(), ticks.at(3) == '1');  // bell times only with the automatic bell
+        QCOMPARE(state, QLatin1String(c.ticks));
+        QCOMPARE(Box(f, 0)->isEnabled(), c.ticks[3] == '1');  // bell times only with the automatic bell
         QCOMPARE(check("Check1(6)")->text(), QStringLiteral("全部物料投料完成开始计算搅拌时间"));
-        QCOMPARE(box(3)->toolTip(), QStringLiteral("输入范围为:(5-60)S"));
-        QVERIFY(Ctl(f, "LblBd(4)")->isHidden() && box(4)->isHidden());
+        QCOMPARE(Box(f, 3)->toolTip(), QStringLiteral("输入范围为:(5-60)S"));
+        QVERIFY(Ctl(f, "LblBd(4)")->isHidden() && Box(f, 4)->isHidden());
 
         seedPair(h->sim, 0x4C, QStringLiteral("0FF0"));
         seedPair(h->sim, 0x3E, QStringLiteral("0FF0"));
-        ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(tab)));
-        const bool wasTicked = check(click)->isChecked();
-        check(click)->click();
-        QTRY_COMPARE(f->LblTzxxTip->text(), QStringLiteral("选项更改完成!"));
-        QCOMPARE(TextColor(f->LblTzxxTip), QColor(0, 0x80, 0));
-        QCOMPARE(h->takeFrames(), QStringList{frame});
-        QCOMPARE(check(click)->isChecked(), !wasTicked);
-        QCOMPARE(box(0)->isEnabled(), check("Check1(3)")->isChecked());  // also when the ticked box was clicked
+        ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(c.tab)));
+        const bool wasTicked = check(c.click)->isChecked();
+        check(c.click)->click();
+        QTRY_COMPARE(Status(f->LblTzxxTip), QStringLiteral("选项更改完成!/#008000"));
+        QCOMPARE(h->takeFrames(), QStringList{c.frame});
+        QCOMPARE(check(c.click)->isChecked(), !wasTicked);
+        QCOMPARE(Box(f, 0)->isEnabled(), check("Check1(3)")->isChecked());  // also when the ticked box was clicked
         QVERIFY(mb->texts.isEmpty());
     }
 
@@ -111,8 +199,7 @@ private slots:
                 h->sim.injectFault(Fault::NoReply, 1);
         });
         seedPair(h->sim, 0x4C, QStringLiteral("8000"));
-        Forms::show(QStringLiteral("Other"));
-        f = static_cast<Other*>(Forms::loaded(QStringLiteral("Other")));
+        f = show<Other>("Other");
         QTRY_COMPARE(h->sim.requests().size(), 3);
         QCOMPARE(h->takeFrames(), (QStringList{kReadTimes, kReadS612, kReadS500}));
         Link().Timer2.stop();  // no re-send while the operator clicks
@@ -121,92 +208,61 @@ private slots:
         QCOMPARE(mb->texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
                                                        "3、通讯线是否接在端口:Com2,且接触良好。")});
         QCOMPARE(mb->errorIcons, QList<bool>{true});
-        // The pair stands as before the click; the same two digits again open nothing.
+        // The pair stands as before the click; the same two digits again open nothing, a new value is told.
         check("CheckPPd(0)")->setChecked(false);
         check("CheckPPd(0)")->click();
         QCOMPARE(mb->texts.size(), 1);
-        // A new value is told again.
         check("CheckPPd(1)")->click();
         QCOMPARE(mb->texts.size(), 2);
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
     }
 
-    // The status line after each reply; the twins go out in tenths, a value read as 55 back as 55.
-    void timesWritten_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QStringList>("edits");  // "field=text"
-        QTest::addColumn<bool>("nak");
-        QTest::addColumn<QList<int>>("words");
-        QTest::newRow("unchanged") << "lblBdOk" << QStringList() << false << kTimes;
-        QTest::newRow("edited") << "ImgBdOk" << QStringList{"0=60", "3=5"} << false << QList<int>{600, 50, 80, 50, 50, 50};
-        QTest::newRow("defaults at once") << "lblDefault" << QStringList{"0=0"} << false << QList<int>{50, 50, 80, 180, 50, 50};
-        QTest::newRow("refused once, then taken") << "ImgBdOk" << QStringList() << true << kTimes;
-    }
+    // The status line after each reply.
+    void timesWritten_data() { AddRows(kTimesSet); }
     void timesWritten()
     {
-        QFETCH(QString, button);
-        QFETCH(QStringList, edits);
-        QFETCH(bool, nak);
-        QFETCH(QList<int>, words);
+        const TimesSet& c = TheRow(kTimesSet);
         open(kTimes);
         h->takeFrames();
         QStringList seen;
         connect(&h->sim, &plcsim::Controller::reply, this, [&] { seen << Status(f->LbLCssdS); });
-        Edit(f, edits);
-        if (nak)
+        Edit(f, c.edits);
+        if (c.nak)
             h->sim.injectFault(Fault::Nak, 1);
-        ClickOn(Ctl(f, button));
+        ClickOn(Ctl(f, c.button));
         QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定时间配置,请稍候....../#ff0000"));
         QTRY_VERIFY(TimesSaved);
-        QCOMPARE(mb->texts, QStringList{button == "lblDefault" ? QStringLiteral("是否要初始化参数?") : kAskSet});
-        QCOMPARE(h->takeFrames(), QStringList(nak ? 2 : 1, timesWrite(words)));
+        QCOMPARE(mb->texts, QStringList{c.button == "lblDefault" ? QStringLiteral("是否要初始化参数?") : kAskSet});
+        QCOMPARE(h->takeFrames(), QStringList(c.nak ? 2 : 1, timesWrite(c.words)));
         QStringList expected{"时间设定成功!/#008000"};
-        if (nak)
+        if (c.nak)
             expected.prepend("正在尝试继续时间设定!/#ff0000");
         QCOMPARE(seen, expected);
         QVERIFY(f->LbLCssdS->isVisible());
-        QCOMPARE(h->sim.word(218), short(words[3]));
+        QCOMPARE(h->sim.word(218), short(c.words[3]));
     }
 
-    void timeCheckStopsAtFirstFault_data()
-    {
-        QTest::addColumn<QList<int>>("registers");
-        QTest::addColumn<QStringList>("edits");
-        QTest::addColumn<QString>("range");
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<int>("focus");  // -1: the field is hidden
-        QTest::newRow("61 in field 0") << kTimes << QStringList{"0=61", "1=60"} << "(0-60)S" << 0 << 0;
-        QTest::newRow("2 in field 1") << kTimes << QStringList{"1=2"} << "(3-60)S" << 0 << 1;
-        QTest::newRow("field 3 on tab 1, field 5 after it") << kTimes << QStringList{"3=4", "5=31"} << "(5-60)S" << 1 << 3;
-        QTest::newRow("31 opens the hopper tab") << kTimes << QStringList{"5=31"} << "(0-30)S" << 4 << 5;
-        QTest::newRow("hidden monitor time below range") << QList<int>{55, 50, 80, 180, 40, 50} << QStringList() << "(5-60)S"
-                                                        << 2 << -1;
-    }
+    void timeCheckStopsAtFirstFault_data() { AddRows(kTimeFaults); }
     void timeCheckStopsAtFirstFault()
     {
-        QFETCH(QList<int>, registers);
-        QFETCH(QStringList, edits);
-        QFETCH(QString, range);
-        QFETCH(int, tab);
-        QFETCH(int, focus);
-        open(registers);
+        const TimeFault& c = TheRow(kTimeFaults);
+        open(c.registers);
         h->takeFrames();
-        Edit(f, edits);
+        Edit(f, c.edits);
         for (int round = 0; round < 2; ++round) {  // the same refusal each time
             ClickOn(Ctl(f, "LblBd(0)"));
             ClickOn(Ctl(f, "ImgBdOk"));
         }
-        QCOMPARE(mb->texts, QStringList(2, kRange + range));
+        QCOMPARE(mb->texts, QStringList(2, kRange + c.range));
         QCOMPARE(mb->okOnly, QList<bool>(2, true));
         for (int t = 0; t < 5; ++t)
-            QCOMPARE(f->PicZDTime[size_t(t)]->isVisible(), t == tab);
-        if (focus >= 0)
-            QTRY_COMPARE(f->focusWidget(), box(focus));
+            QCOMPARE(f->PicZDTime[size_t(t)]->isVisible(), t == c.tab);
+        if (c.focus >= 0)
+            QTRY_COMPARE(f->focusWidget(), Box(f, c.focus));
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
-        if (focus >= 0)
+        if (c.focus >= 0)
             return;
         // The operator cannot see the monitor time: only the defaults bring it back into its range.
         ClickOn(Ctl(f, "LblBd(1)"));
@@ -219,46 +275,19 @@ private slots:
         QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
     }
 
-    // An empty source blanks what was assembled before it; the words after keep their places.
-    void emptyTwinKeepsTheFrameWidth_data()
-    {
-        QTest::addColumn<int>("empty");
-        QTest::newRow("third") << 2;
-        QTest::newRow("last") << 5;
-    }
-    void emptyTwinKeepsTheFrameWidth()
-    {
-        QFETCH(int, empty);
-        open(kTimes);
-        f->TxtDCansdMulTen[empty]->clear();
-        StepNo = 76;
-        QCOMPARE(GetWrite_PLCD(QStringLiteral("D215"), 6),
-                 Frame(QStringLiteral("111AE0C") + QString(4 * (empty + 1), QLatin1Char(' ')) + WordsHex(kTimes.mid(empty + 1))));
-    }
-
-    void questionOnReturn_data()
-    {
-        QTest::addColumn<QString>("after");  // what follows an edit
-        QTest::addColumn<bool>("asked");
-        QTest::newRow("edited, not written") << "" << true;
-        QTest::newRow("written and acknowledged") << "write" << false;
-        QTest::newRow("a key after the write") << "write key" << true;
-        QTest::newRow("defaults refused by the controller") << "refused defaults" << true;
-        QTest::newRow("nothing edited") << "untouched" << false;
-    }
+    void questionOnReturn_data() { AddRows(kReturns); }
     void questionOnReturn()
     {
-        QFETCH(QString, after);
-        QFETCH(bool, asked);
+        const QString after = QLatin1String(TheRow(kReturns).after);
         open(kTimes);
         if (after != QLatin1String("untouched"))
-            box(2)->setText(QStringLiteral("9"));
+            Box(f, 2)->setText(QStringLiteral("9"));
         if (after.startsWith(QLatin1String("write"))) {
             ClickOn(Ctl(f, "ImgBdOk"));
             QTRY_VERIFY(TimesSaved);
         }
         if (after.endsWith(QLatin1String("key")))
-            QTest::keyClick(box(2), Qt::Key_Shift);
+            QTest::keyClick(Box(f, 2), Qt::Key_Shift);
         if (after == QLatin1String("refused defaults")) {
             h->sim.injectFault(Fault::Nak, 9);
             ClickOn(Ctl(f, "cmdDefault"));
@@ -267,84 +296,53 @@ private slots:
         mb->texts.clear();
         mb->queue(false);  // No: stay
         ClickOn(Ctl(f, "ImgReturn"));
-        QCOMPARE(mb->texts, asked ? QStringList{kAskReturn} : QStringList());
+        const bool asked = TheRow(kReturns).asked;
+        QCOMPARE(mb->texts, asked ? QStringList{QStringLiteral("时间配置更改后未设定，是否返回?")} : QStringList());
         QTest::qWait(20);
         QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, asked);
     }
 
-    // Press and release write both bytes from S208; the outputs are read after the acknowledgement. A
-    // refused write: the fan's retry tip stays in sight, the valve's is hidden as soon as it is written.
-    void jog_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("press");
-        QTest::addColumn<bool>("refused");
-        QTest::addColumn<QString>("retryTip");  // after the refusal
-        QTest::addColumn<QString>("shown");     // fan tip | valve tip ("-": hidden) | pictures
-        QTest::newRow("fan pressed") << "cmdFengJi" << true << false << "" << "风机已开启!|-|ImageGreenUp|ImageRed";
-        QTest::newRow("fan released") << "cmdFengJi" << false << false << "" << "风机已关闭!|-|ImageRed|ImageRed";
-        QTest::newRow("valve pressed") << "cmdChuChen" << true << false << "" << "风机已关闭!|-|ImageRed|ImageGreenUp";
-        QTest::newRow("fan press refused") << "cmdFengJi" << true << true << "尝试开启风机!/#ff0000/shown"
-                                           << "风机已开启!|-|ImageGreenUp|ImageRed";
-        QTest::newRow("fan release refused") << "cmdFengJi" << false << true << "尝试关闭风机!/#ff0000/shown"
-                                             << "风机已关闭!|-|ImageRed|ImageRed";
-        QTest::newRow("valve press refused") << "cmdChuChen" << true << true << "尝试开启除尘阀!/#ff0000/hidden"
-                                             << "风机已关闭!|-|ImageRed|ImageGreenUp";
-        QTest::newRow("valve release refused") << "cmdChuChen" << false << true << "尝试关闭除尘阀!/#ff0000/hidden"
-                                               << "风机已关闭!|-|ImageRed|ImageRed";
-    }
+    // Press and release write both bytes from S208; the outputs are read after the acknowledgement.
+    void jog_data() { AddRows(kJogs); }
     void jog()
     {
-        QFETCH(QString, button);
-        QFETCH(bool, press);
-        QFETCH(bool, refused);
-        QFETCH(QString, retryTip);
-        QFETCH(QString, shown);
+        const Jog& c = TheRow(kJogs);
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
         QTRY_VERIFY(SendFlag && f->TxtSReadFengJi->text() == QLatin1String("XXX"));
         QCOMPARE(h->takeFrames().last(), kReadY62);
-        const bool fan = button == QLatin1String("cmdFengJi");
+        const bool fan = c.button == QLatin1String("cmdFengJi");
         QLabel* tip = fan ? f->lblFengJiTip : f->lblChuChenTip;
         QStringList states;  // the tip after each reply
         connect(&h->sim, &plcsim::Controller::reply, this, [&] {
-            states << tip->text() + '/' + TextColor(tip).name() + (tip->isVisible() ? "/shown" : "/hidden");
+            states << Status(tip) + (tip->isVisible() ? "/shown" : "/hidden");
         });
-        if (refused)
+        if (c.refused)
             h->sim.injectFault(Fault::Nak, 1);
-        QWidget* b = Ctl(f, button);
-        if (press)
+        QWidget* b = Ctl(f, c.button);
+        if (c.press)
             QTest::mousePress(b, Qt::LeftButton, {}, b->rect().center());
         else
             QTest::mouseRelease(b, Qt::LeftButton, {}, b->rect().center());
-        QCOMPARE(b->property("picture").toString(), press ? QStringLiteral("ImageGreen") : QStringLiteral("ImageRed"));
-        QTRY_COMPARE(h->sim.requests().size(), refused ? 3 : 2);
+        QCOMPARE(b->property("picture").toString(), c.press ? QStringLiteral("ImageGreen") : QStringLiteral("ImageRed"));
+        QTRY_COMPARE(h->sim.requests().size(), c.refused ? 3 : 2);
         QTRY_VERIFY(SendFlag);
-        const QString write = WriteFrame("001A", press ? (fan ? "0200" : "0400") : "0000");
-        QCOMPARE(h->takeFrames(), QStringList(refused ? 2 : 1, write) << kReadY62);
-        if (refused)
-            QCOMPARE(states.first(), retryTip);
-        QCOMPARE(tips() + '|' + pictures(), shown);
+        const QString write = WriteFrame("001A", c.press ? (fan ? "0200" : "0400") : "0000");
+        QCOMPARE(h->takeFrames(), QStringList(c.refused ? 2 : 1, write) << kReadY62);
+        if (c.refused)
+            QCOMPARE(states.first(), c.retryTip);
+        QCOMPARE(tips() + '|' + pictures(), c.shown);
     }
 
-    // The outputs as read at Y62 (Y64 to Y67 in the first digit); the same digits twice are decoded twice.
-    void outputsShown_data()
-    {
-        QTest::addColumn<int>("y60");
-        QTest::addColumn<QString>("shown");  // fan tip | valve tip ("-": hidden) | pictures | valve text
-        QTest::newRow("C000: both on") << 0xC0 << "风机已开启!|-|ImageGreenUp|ImageGreenUp|除尘阀已开启!";
-        QTest::newRow("4000: fan on, valve closed") << 0x40 << "风机已开启!|-|ImageGreenUp|ImageRed|除尘阀已关闭!";
-        QTest::newRow("0000: both off") << 0x00 << "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!";
-        QTest::newRow("3F00: other outputs only") << 0x3F << "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!";
-    }
+    // The read goes as the refresh button goes down, which stays bright until it is let go; the same
+    // digits twice are decoded twice.
+    void outputsShown_data() { AddRows(kOutputs); }
     void outputsShown()
     {
-        QFETCH(int, y60);
-        QFETCH(QString, shown);
+        const Outputs& c = TheRow(kOutputs);
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
-        h->sim.setByteAt(0xA6, quint8(y60));
-        // The read goes as the refresh button goes down, which stays bright until it is let go.
+        h->sim.setByteAt(0xA6, quint8(c.y60));
         auto bright = [this] {
             return Ctl<QLabel>(f, "ImageFengJiState")->pixmap().toImage() ==
                    ButtonPicture(ButtonSize::Large, true).toImage();
@@ -355,7 +353,7 @@ private slots:
             f->lblFengJiTip->setText(QString());
             QWidget* w = Ctl(f, part);
             QTest::mousePress(w, Qt::LeftButton, {}, w->rect().center());
-            QTRY_COMPARE(tips() + '|' + pictures() + '|' + f->lblChuChenTip->text(), shown);
+            QTRY_COMPARE(tips() + '|' + pictures() + '|' + f->lblChuChenTip->text(), c.shown);
             QCOMPARE(h->takeFrames(), QStringList{kReadY62});
             QVERIFY(bright());
             QTest::mouseRelease(w, Qt::LeftButton, {}, w->rect().center());
@@ -363,50 +361,25 @@ private slots:
             QTest::qWait(20);
             QVERIFY(h->takeFrames().isEmpty());
         }
-        QCOMPARE(TextColor(f->lblFengJiTip), y60 & 0x40 ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
+        QCOMPARE(TextColor(f->lblFengJiTip), c.y60 & 0x40 ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
     }
 
     // Each help mark shows its own text alone, the two halves a line each; a click on the text closes it.
-    void helpPopsUp_data()
-    {
-        QTest::addColumn<int>("help");
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("bell times") << 0 << 0
-            << "延时响铃时间：每车最后一盘搅拌完成,拌缸卸料门关闭,再延时设定的时间后才响铃。\n"
-               "持续响铃时间：响铃持续的时间。[关闭]";
-        QTest::newRow("loading") << 1 << 1
-            << "自动上料：系统在半自动状态时，选择自动上料时各种骨料计量完成后自动卸料将骨料送往过渡仓。\n"
-               "暂停上料：各种骨料计量完成后将进入等待状态，操作平皮带启动按钮后开始卸料将骨料送往过渡仓。[关闭]";
-        QTest::newRow("belt times") << 2 << 1
-            << "平皮带卸料延时停止时间：系统在最后一个骨料秤卸料结束后开始延时,延时到此设定时间,平皮带停止。\n"
-               "过渡仓接料延时时间：平皮带停止后开始延时,延时到此设定时间,系统界面显示过渡仓接料完成信号。[关闭]";
-        QTest::newRow("mixing time") << 3 << 2
-            << "普通生产模式时：搅拌时间计时方式可以进行选择:可以选择过渡仓骨料投料完成开始计算搅拌时间或全部物料投料完成"
-               "开始计算搅拌时间。\n高铁或管桩生产模式时：物料开始投入搅拌缸后，即开始计算搅拌时间。[关闭]";
-        QTest::newRow("belt mode") << 4 << 1
-            << "平皮带工作方式选择：选择生产时连续工作，在生产时当前任务单中平皮带会连续运行，当前任务单完成时平皮带停止运行，"
-               "新任务单骨料秤放料时平皮带继续连续运行? \n"
-               "选择送料时启动工作，在骨料秤放料时平皮带才会运行，当骨料秤放完料后平皮带停止运行。    [关闭] ";
-        QTest::newRow("hopper, one text") << 5 << 4
-            << "拌缸卸料后成品储存斗延时卸料时间： 成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]";
-    }
+    void helpPopsUp_data() { AddRows(kHelps); }
     void helpPopsUp()
     {
-        QFETCH(int, help);
-        QFETCH(int, tab);
-        QFETCH(QString, text);
+        const Help& c = TheRow(kHelps);
         open(kTimes);
-        f->SelectTab(tab);
+        f->SelectTab(c.tab);
         for (QLabel* tip : f->txtTip)  // one left open elsewhere closes when this one opens
             tip->show();
-        ClickOn(Ctl(f, QStringLiteral("ImgHelp(%1)").arg(help)));
+        ClickOn(Ctl(f, QStringLiteral("ImgHelp(%1)").arg(c.help)));
         for (int i = 0; i < 6; ++i)
-            QCOMPARE(f->txtTip[i]->isHidden(), i != help);
-        QVERIFY(f->txtTip[help]->isVisible());
-        QCOMPARE(f->txtTip[help]->text(), text);
-        ClickOn(f->txtTip[help]);
-        QVERIFY(f->txtTip[help]->isHidden());
+            QCOMPARE(f->txtTip[i]->isHidden(), i != c.help);
+        QVERIFY(f->txtTip[c.help]->isVisible());
+        QCOMPARE(f->txtTip[c.help]->text(), c.text);
+        ClickOn(f->txtTip[c.help]);
+        QVERIFY(f->txtTip[c.help]->isHidden());
     }
 
     void factoryAndVibratorEntries()
@@ -417,7 +390,6 @@ private slots:
         ClickOn(Ctl(f, "lblShowFactory"));
         QVERIFY(hard->isVisible());
         ClickOn(Ctl(f, "LblZDTime"));
-        QVERIFY(Forms::loaded(QStringLiteral("ZDTime")));
         QVERIFY(Forms::loaded(QStringLiteral("ZDTime"))->isVisible());
         QVERIFY(f->isHidden());
         QTRY_VERIFY(SendFlag);
@@ -433,12 +405,10 @@ private:
     {
         for (int i = 0; i < times.size(); ++i)
             h->sim.setWord(215 + i, short(times[i]));
-        Forms::show(QStringLiteral("Other"));
-        f = static_cast<Other*>(Forms::loaded(QStringLiteral("Other")));
+        f = show<Other>("Other");
         QVERIFY(f);
         QTRY_VERIFY(f->TxtSReadPPd->text().size() == 4 && SendFlag);
     }
-    QLineEdit* box(int i) { return Box(f, i); }
     QCheckBox* check(const QString& name) { return Ctl<QCheckBox>(f, name); }
     QString tips()
     {

@@ -1,9 +1,8 @@
 // The plant blocks' rules as the settings command meets them, and the commissioned simulator they judge.
+#include "plant_rig.h"
+
 #include "common/scale_table.h"
 #include "plant/plant_blocks.h"
-#include "plcsim/controller.h"
-
-#include <QTest>
 
 namespace {
 // The block's defaults with "i=shown" edits, turned into raw words the way a file's values are.
@@ -18,6 +17,35 @@ QList<int> edited(const QString& id, const QString& edits)
     }
     return raw;
 }
+// The block's first field out of its range (-1: none) and the message it gives.
+const struct {
+    const char *name, *id, *edits;
+    int field;
+    const char* message;
+} kFaults[] = {
+    {"times: defaults pass", "D215", "", -1, ""},
+    {"times: bell delay at its top", "D215", "0=60", -1, ""},
+    {"times: bell delay above", "D215", "0=61 1=2", 0, "请检查!时间设定的输入范围为：(0-60)S"},
+    {"times: bell duration below", "D215", "1=2", 1, "请检查!时间设定的输入范围为：(3-60)S"},
+    {"times: bell duration at its floor", "D215", "1=3", -1, ""},
+    {"times: hopper delay above", "D215", "5=31", 5, "请检查!时间设定的输入范围为：(0-30)S"},
+    {"times: tenths count", "D215", "3=4.9", 3, "请检查!时间设定的输入范围为：(5-60)S"},
+    {"vibrators: pause of a vibrator in use", "D272", "0=0", 0, "请检查!振动时间设定的输入范围为:(1-60)S"},
+    {"vibrators: vibration may be 0", "D272", "1=0", -1, ""},
+    {"vibrators: vibration above", "D272", "5=61", 5, "请检查!振动时间设定的输入范围为:(0-60)S"},
+    {"vibrators: a spare vibrator is not judged", "D272", "8=0", -1, ""},
+    {"vibrators: words from D291 go back as held", "D272", "20=0 23=99 26=0", -1, ""},
+    {"sensors: no decimals at the top", "D200", "0=30000", -1, ""},
+    {"sensors: negative", "D200", "0=-1", 0, "请检查!传感器配置设定的输入范围为:(0-30000kg)"},
+    {"sensors: one decimal above", "D200", "7=3000.1", 7, "请检查!传感器配置设定的输入范围为:(0-3000kg)"},
+    {"sensors: two decimals above", "D200", "11=300.01", 11, "请检查!传感器配置设定的输入范围为:(0-300kg)"},
+    {"sensors: a spare scale is judged", "D200", "13=301", 13, "请检查!传感器配置设定的输入范围为:(0-300kg)"},
+    {"hoist: the counts are not judged", "D291", "0=-5 1=9999", -1, ""},
+    {"hoist: distances at their limits", "D291", "3=100 4=2000", -1, ""},
+    {"hoist: up below", "D291", "3=99", 3, "请检查!上升提前减速脉冲数的输入范围为:(100-2000)"},
+    {"hoist: down above", "D291", "4=2001", 4, "请检查!下降提前减速脉冲数的输入范围为:(100-2000)"},
+    {"option word", "S612", "0=FFFF", -1, ""},
+};
 }  // namespace
 
 class PlantBlocksTest : public QObject {
@@ -25,54 +53,12 @@ class PlantBlocksTest : public QObject {
 private slots:
     void initTestCase() { SetDefaultNames(); }
 
-    void firstFault_data()
-    {
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<QString>("edits");
-        QTest::addColumn<int>("field");
-        QTest::addColumn<QString>("message");
-        const struct {
-            const char* name;
-            const char* id;
-            const char* edits;
-            int field;
-            const char* message;
-        } rows[] = {
-            {"times: defaults pass", "D215", "", -1, ""},
-            {"times: bell delay at its top", "D215", "0=60", -1, ""},
-            {"times: bell delay above", "D215", "0=61 1=2", 0, "请检查!时间设定的输入范围为：(0-60)S"},
-            {"times: bell duration below", "D215", "1=2", 1, "请检查!时间设定的输入范围为：(3-60)S"},
-            {"times: bell duration at its floor", "D215", "1=3", -1, ""},
-            {"times: hopper delay above", "D215", "5=31", 5, "请检查!时间设定的输入范围为：(0-30)S"},
-            {"times: tenths count", "D215", "3=4.9", 3, "请检查!时间设定的输入范围为：(5-60)S"},
-            {"vibrators: pause of a vibrator in use", "D272", "0=0", 0, "请检查!振动时间设定的输入范围为:(1-60)S"},
-            {"vibrators: vibration may be 0", "D272", "1=0", -1, ""},
-            {"vibrators: vibration above", "D272", "5=61", 5, "请检查!振动时间设定的输入范围为:(0-60)S"},
-            {"vibrators: a spare vibrator is not judged", "D272", "8=0", -1, ""},
-            {"vibrators: words from D291 go back as held", "D272", "20=0 23=99 26=0", -1, ""},
-            {"sensors: no decimals at the top", "D200", "0=30000", -1, ""},
-            {"sensors: negative", "D200", "0=-1", 0, "请检查!传感器配置设定的输入范围为:(0-30000kg)"},
-            {"sensors: one decimal above", "D200", "7=3000.1", 7, "请检查!传感器配置设定的输入范围为:(0-3000kg)"},
-            {"sensors: two decimals above", "D200", "11=300.01", 11, "请检查!传感器配置设定的输入范围为:(0-300kg)"},
-            {"sensors: a spare scale is judged", "D200", "13=301", 13, "请检查!传感器配置设定的输入范围为:(0-300kg)"},
-            {"hoist: the counts are not judged", "D291", "0=-5 1=9999", -1, ""},
-            {"hoist: distances at their limits", "D291", "3=100 4=2000", -1, ""},
-            {"hoist: up below", "D291", "3=99", 3, "请检查!上升提前减速脉冲数的输入范围为:(100-2000)"},
-            {"hoist: down above", "D291", "4=2001", 4, "请检查!下降提前减速脉冲数的输入范围为:(100-2000)"},
-            {"option word", "S612", "0=FFFF", -1, ""},
-        };
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << QString(r.id) << QString(r.edits) << r.field << QString::fromUtf8(r.message);
-    }
+    void firstFault_data() { AddRows(kFaults); }
     void firstFault()
     {
-        QFETCH(QString, id);
-        QFETCH(QString, edits);
-        QFETCH(int, field);
-        QFETCH(QString, message);
+        const auto& [name, id, edits, field, message] = TheRow(kFaults);
         const BlockFault f = Blocks::check(id, edited(id, edits));
-        QCOMPARE(f.field, field);
-        QCOMPARE(f.message, message);
+        QCOMPARE(QString::number(f.field) + ' ' + f.message, QString::number(field) + ' ' + QString::fromUtf8(message));
     }
 
     // The blocks as a plant commissioned by the simulator holds them: every one passes the editors' rules,
@@ -94,6 +80,8 @@ private slots:
             if (block.id != QLatin1String("D272"))
                 QCOMPARE(raw, Blocks::defaults(block.id));
         }
+        // 500 kg a sensor, capped at 300 kg with two decimals: with none, one (D206) and two (D211).
+        QCOMPARE((QList<short>{sim.word(200), sim.word(206), sim.word(211)}), (QList<short>{500, 5000, 30000}));
         QCOMPARE(sim.word(468), short(50));   // scale 11's key zeroing, 0.5 kg in two decimals
         QCOMPARE(sim.word(294), short(300));  // the hoist's distance, over the vibrator block
         QCOMPARE(sim.word(296), short(30));   // the vibrator block beyond the hoist's

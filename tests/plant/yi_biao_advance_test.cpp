@@ -12,6 +12,82 @@ QString decelWrite(int up, int down) { return Frame(QStringLiteral("1124C04") + 
 
 // The skip's corner on its panel in pixels, from the design's twips.
 QPoint skipAt(int q) { return {qRound((q * 50 + 4260) / 15.0), qRound((3450 - q * 60) / 15.0)}; }
+
+// Tabs clicked in turn; -1: return.
+const struct Poll {
+    const char* name;
+    QList<int> clicks;
+    bool polling;
+} kPolls[] = {
+    {"load reads once", {}, false},
+    {"calibration tab polls", {1}, true},
+    {"parameter tab stops it", {1, 0}, false},
+    {"return stops it", {1, -1}, false},
+};
+
+// Frames from the tick of Timer3 on; asks: the second within the first's second.
+const QStringList kStart{WriteFrame("001A", "2000"), WriteFrame("001A", "0000"), kPoll};
+const struct Command {
+    const char* name;
+    QString button;
+    bool yes;
+    QStringList frames;
+    bool tripRuns;
+    int asks;
+} kCommands[] = {
+    {"start", "lblBdStart", true, kStart, true, 1},
+    {"start answered No", "lblBdStart", false, {}, false, 1},
+    {"cancel", "lblBdCancel", true, {WriteFrame("001A", "4000"), WriteFrame("001A", "0000"), kPoll}, false, 1},
+    {"start asked twice, sent once", "lblBdStart", true, kStart, true, 2},
+};
+
+// D291..D295; step of the figure, -1: it stays at rest.
+const struct Counts {
+    const char* name;
+    QList<int> words;
+    QStringList shown;
+    int step;
+} kCounts[] = {
+    {"half way", {250, 200, 500, 300, 400}, {"250", "200", "500", "300", "400"}, 20},
+    {"nothing calibrated", {250, 0, 0, 100, 2000}, {"250", "0", "0", "100", "2000"}, -1},
+    {"40000 reads negative", {40000, 1, 40000, 40000, 100}, {"-25536", "1", "-25536", "-25536", "100"}, -1},
+};
+
+const QString kAskSet = QStringLiteral("是否设定当前参数?");
+const QString kUp = QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:(100-2000)");
+const QString kDown = QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:(100-2000)");
+const struct Decel {
+    const char* name;
+    QString up, down;  // typed
+    QList<bool> answers;
+    QStringList boxes, frames;
+} kDecels[] = {
+    {"100 and 2000", "100", "2000", {true}, {kAskSet}, {decelWrite(100, 2000)}},
+    {"99 up", "99", "500", {true}, {kUp}, {}},
+    {"2001 down", "500", "2001", {false}, {kDown}, {}},
+    {"no point can be typed", "1.50", "5.00", {true}, {kAskSet}, {decelWrite(150, 500)}},
+    {"four digits at most", "20005", "300", {true}, {kAskSet}, {decelWrite(2000, 300)}},
+    {"answered No", "300", "300", {false}, {kAskSet}, {}},
+};
+
+// line empty: hidden. C000 has both bits: the done text, and each branch reads once more.
+const struct StatusRow {
+    const char* name;
+    bool start, shownBefore;
+    QString reply, line;
+    bool red, polling;
+    int reads;
+} kStatus[] = {
+    {"8000 after start", true, false, "8000", "提升斗标定完成!", false, false, 1},
+    {"8000 after cancel", false, false, "8000", "提升斗取消标定完成!", false, false, 1},
+    {"8000 shown before", true, true, "8000", "", false, false, 1},
+    {"4000 after start", true, false, "4000", "提升斗标定失败，请重新标定!", true, true, 1},
+    {"4000 after cancel", false, false, "4000", "提升斗取消标定失败，请重新尝试!", true, true, 1},
+    {"C000: done wins", true, false, "C000", "提升斗标定完成!", false, true, 2},
+    {"0000 after start", true, false, "0000", "提升斗标定错误，请重新标定!", true, true, 1},
+    {"0000 shown before", false, true, "0000", "提升斗取消标定错误，请重新尝试!", true, true, 1},
+    {"three digits", true, false, "800", "", false, false, 0},
+};
 }  // namespace
 
 // The hoist calibration form against the simulator: the poll, the commands through Timer3, the counters
@@ -27,19 +103,10 @@ private slots:
     }
     void cleanup() { tearDown(); }
 
-    void poll_data()
-    {
-        QTest::addColumn<QList<int>>("clicks");  // tabs in turn; -1: return
-        QTest::addColumn<bool>("polling");
-        QTest::newRow("load reads once") << QList<int>{} << false;
-        QTest::newRow("calibration tab polls") << QList<int>{1} << true;
-        QTest::newRow("parameter tab stops it") << QList<int>{1, 0} << false;
-        QTest::newRow("return stops it") << QList<int>{1, -1} << false;
-    }
+    void poll_data() { AddRows(kPolls); }
     void poll()
     {
-        QFETCH(QList<int>, clicks);
-        QFETCH(bool, polling);
+        const auto& [name, clicks, polling] = TheRow(kPolls);
         QVERIFY(open());
         for (int c : clicks) {
             WaitIdle();
@@ -63,27 +130,10 @@ private slots:
         }
     }
 
-    void command_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QStringList>("frames");  // from the tick of Timer3 on
-        QTest::addColumn<bool>("tripRuns");
-        QTest::addColumn<int>("asks");  // the second within the first's second
-        const QStringList start{WriteFrame("001A", "2000"), WriteFrame("001A", "0000"), kPoll};
-        QTest::newRow("start") << "lblBdStart" << true << start << true << 1;
-        QTest::newRow("start answered No") << "lblBdStart" << false << QStringList() << false << 1;
-        QTest::newRow("cancel") << "lblBdCancel" << true
-                                << QStringList{WriteFrame("001A", "4000"), WriteFrame("001A", "0000"), kPoll} << false << 1;
-        QTest::newRow("start asked twice, sent once") << "lblBdStart" << true << start << true << 2;
-    }
+    void command_data() { AddRows(kCommands); }
     void command()
     {
-        QFETCH(QString, button);
-        QFETCH(bool, yes);
-        QFETCH(QStringList, frames);
-        QFETCH(bool, tripRuns);
-        QFETCH(int, asks);
+        const auto& [name, button, yes, frames, tripRuns, asks] = TheRow(kCommands);
         h->sim.setHoistTrip(1000, 1);
         if (button == QLatin1String("lblBdCancel"))  // a trip under way
             h->sim.handleFrame(WriteFrame("001A", "2000").toLatin1());
@@ -134,21 +184,10 @@ private slots:
         QCOMPARE(f->LblPulseNum[1]->text(), QStringLiteral("200"));
     }
 
-    void counts_data()
-    {
-        QTest::addColumn<QList<int>>("words");  // D291..D295
-        QTest::addColumn<QStringList>("shown");
-        QTest::addColumn<int>("step");  // of the figure; -1: it stays at rest
-        QTest::newRow("half way") << QList<int>{250, 200, 500, 300, 400} << QStringList{"250", "200", "500", "300", "400"} << 20;
-        QTest::newRow("nothing calibrated") << QList<int>{250, 0, 0, 100, 2000} << QStringList{"250", "0", "0", "100", "2000"} << -1;
-        QTest::newRow("40000 reads negative")
-            << QList<int>{40000, 1, 40000, 40000, 100} << QStringList{"-25536", "1", "-25536", "-25536", "100"} << -1;
-    }
+    void counts_data() { AddRows(kCounts); }
     void counts()
     {
-        QFETCH(QList<int>, words);
-        QFETCH(QStringList, shown);
-        QFETCH(int, step);
+        const auto& [name, words, shown, step] = TheRow(kCounts);
         for (int i = 0; i < 5; ++i)
             h->sim.setWord(291 + i, short(words[i]));
         QVERIFY(open());
@@ -161,33 +200,10 @@ private slots:
         QCOMPARE(f->ImageMove->pos(), skipAt(step < 0 ? 0 : step));
     }
 
-    void decel_data()
-    {
-        QTest::addColumn<QString>("up");  // typed
-        QTest::addColumn<QString>("down");
-        QTest::addColumn<QList<bool>>("answers");
-        QTest::addColumn<QStringList>("boxes");
-        QTest::addColumn<QStringList>("frames");
-        const QString ask = QStringLiteral("是否设定当前参数?");
-        const QString up = QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:(100-2000)");
-        const QString down = QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:(100-2000)");
-        QTest::newRow("100 and 2000") << "100" << "2000" << QList<bool>{true} << QStringList{ask}
-                                      << QStringList{decelWrite(100, 2000)};
-        QTest::newRow("99 up") << "99" << "500" << QList<bool>{true} << QStringList{up} << QStringList();
-        QTest::newRow("2001 down") << "500" << "2001" << QList<bool>{false} << QStringList{down} << QStringList();
-        QTest::newRow("no point can be typed") << "1.50" << "5.00" << QList<bool>{true} << QStringList{ask}
-                                               << QStringList{decelWrite(150, 500)};
-        QTest::newRow("four digits at most") << "20005" << "300" << QList<bool>{true} << QStringList{ask}
-                                             << QStringList{decelWrite(2000, 300)};
-        QTest::newRow("answered No") << "300" << "300" << QList<bool>{false} << QStringList{ask} << QStringList();
-    }
+    void decel_data() { AddRows(kDecels); }
     void decel()
     {
-        QFETCH(QString, up);
-        QFETCH(QString, down);
-        QFETCH(QList<bool>, answers);
-        QFETCH(QStringList, boxes);
-        QFETCH(QStringList, frames);
+        const auto& [name, up, down, answers, boxes, frames] = TheRow(kDecels);
         QVERIFY(open());
         h->takeFrames();
         for (int i = 0; i < 2; ++i) {
@@ -213,35 +229,10 @@ private slots:
         }
     }
 
-    void statusWord_data()
-    {
-        QTest::addColumn<bool>("start");
-        QTest::addColumn<bool>("shownBefore");
-        QTest::addColumn<QString>("reply");
-        QTest::addColumn<QString>("line");  // empty: hidden
-        QTest::addColumn<bool>("red");
-        QTest::addColumn<bool>("polling");
-        QTest::addColumn<int>("reads");
-        QTest::newRow("8000 after start") << true << false << "8000" << "提升斗标定完成!" << false << false << 1;
-        QTest::newRow("8000 after cancel") << false << false << "8000" << "提升斗取消标定完成!" << false << false << 1;
-        QTest::newRow("8000 shown before") << true << true << "8000" << "" << false << false << 1;
-        QTest::newRow("4000 after start") << true << false << "4000" << "提升斗标定失败，请重新标定!" << true << true << 1;
-        QTest::newRow("4000 after cancel") << false << false << "4000" << "提升斗取消标定失败，请重新尝试!" << true << true << 1;
-        // Both bits: the done text, and each branch reads once more.
-        QTest::newRow("C000: done wins") << true << false << "C000" << "提升斗标定完成!" << false << true << 2;
-        QTest::newRow("0000 after start") << true << false << "0000" << "提升斗标定错误，请重新标定!" << true << true << 1;
-        QTest::newRow("0000 shown before") << false << true << "0000" << "提升斗取消标定错误，请重新尝试!" << true << true << 1;
-        QTest::newRow("three digits") << true << false << "800" << "" << false << false << 0;
-    }
+    void statusWord_data() { AddRows(kStatus); }
     void statusWord()
     {
-        QFETCH(bool, start);
-        QFETCH(bool, shownBefore);
-        QFETCH(QString, reply);
-        QFETCH(QString, line);
-        QFETCH(bool, red);
-        QFETCH(bool, polling);
-        QFETCH(int, reads);
+        const auto& [name, start, shownBefore, reply, line, red, polling, reads] = TheRow(kStatus);
         QVERIFY(open());
         h->takeFrames();
         f->BcStart = start;

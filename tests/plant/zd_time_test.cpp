@@ -4,11 +4,8 @@
 #include "plant/zd_time.h"
 
 namespace {
-const QString kRead = Frame(QStringLiteral("0122038"));  // D272, 56 bytes
 const QString kAskSet = QStringLiteral("是否设定当前时间参数?");
 const QString kRange = QStringLiteral("请检查!振动时间设定的输入范围为:");
-
-QString blockWrite(const QList<int>& words) { return Frame(QStringLiteral("1122038") + WordsHex(words)); }
 
 // Field i at 10 i + from, the spare vibrator of scale 3 (fields 4 to 7) at its own four values.
 QList<int> block(int from, const QList<int>& spare)
@@ -18,9 +15,47 @@ QList<int> block(int from, const QList<int>& spare)
         r << (i >= 4 && i < 8 ? spare[i - 4] : 10 * i + from);
     return r;
 }
-// Registers shown rounded up to whole seconds, and the tenths they go back as; the spare ones show the rounding.
-QList<int> registers() { return block(5, {35, 5, 4, 600}); }
-QList<int> writtenBack() { return block(10, {40, 10, 0, 600}); }
+// Registers shown rounded up to whole seconds, and the tenths they go back as; spare ones show the rounding.
+const QList<int> kRegisters = block(5, {35, 5, 4, 600});
+const QList<int> kWrittenBack = block(10, {40, 10, 0, 600});
+
+// Spare vibrators go back with what they held, rounded like the others.
+const struct Write {
+    const char *name, *button;
+    bool nak;
+    QString question;
+    QList<int> words;
+} kWrites[] = {
+    {"as read, rounded", "lblBdOk", false, kAskSet, kWrittenBack},
+    {"defaults at once", "cmdDefault", false, "是否要初始化参数?",
+     {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10}},
+    {"refused once, then taken", "ImgBdOk", true, kAskSet, kWrittenBack},
+};
+
+// focus -1: the question came.
+const struct Check {
+    const char* name;
+    QStringList edits;
+    QString message;
+    int tab, focus;
+} kChecks[] = {
+    {"0 in a pause field", {"0=0"}, kRange + "(1-60)S", 0, 0},
+    {"0 passes in a vibration field, 61 does not", {"1=0", "3=61"}, kRange + "(0-60)S", 0, 3},
+    {"60 passes in both; a powder field opens its tab", {"0=60", "1=60", "17=61"}, kRange + "(0-60)S", 1, 17},
+    {"a spare vibrator is not checked", {"4=99", "6=0"}, kAskSet, 0, -1},
+    {"the pair below the form keeps the tab", {"26=0"}, kRange + "(1-60)S", 0, 26},
+};
+
+// What follows an edit.
+const struct Return {
+    const char *name, *after;
+    bool asked;
+} kReturns[] = {
+    {"edited, not written", "", true},
+    {"written and acknowledged", "write", false},
+    {"a key after the write", "write key", true},
+    {"nothing edited", "untouched", false},
+};
 }  // namespace
 
 // The vibrator times on the wire against the simulator: titles from the scale table, the block read
@@ -45,32 +80,16 @@ private slots:
         f = nullptr;
     }
 
-    void blockWritten_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("nak");
-        QTest::addColumn<QString>("question");
-        QTest::addColumn<QList<int>>("words");
-        // Spare vibrators go back with what they held, rounded like the others.
-        QTest::newRow("as read, rounded") << "lblBdOk" << false << kAskSet << writtenBack();
-        QList<int> defaults;
-        for (int i = 0; i < 28; ++i)
-            defaults << (i % 2 == 0 ? 30 : (i < 16 ? 60 : 10));
-        QTest::newRow("defaults at once") << "cmdDefault" << false << QStringLiteral("是否要初始化参数?") << defaults;
-        QTest::newRow("refused once, then taken") << "ImgBdOk" << true << kAskSet << writtenBack();
-    }
+    void blockWritten_data() { AddRows(kWrites); }
     void blockWritten()
     {
-        QFETCH(QString, button);
-        QFETCH(bool, nak);
-        QFETCH(QString, question);
-        QFETCH(QList<int>, words);
+        const Write& c = TheRow(kWrites);
         QStringList seen;  // the status line after each reply
         connect(&h->sim, &plcsim::Controller::reply, this, [&] {
             seen << (f ? Status(f->LbLCssdS) + (f->LbLCssdS->isVisible() ? "/shown" : "/hidden") : QString());
         });
         open();
-        QCOMPARE(h->takeFrames(), QStringList{kRead});
+        QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0122038"))});  // D272, 56 bytes
         QStringList shown;
         QString enabled;
         for (int i = 0; i < 28; ++i) {
@@ -84,87 +103,45 @@ private slots:
         QVERIFY(!title(3)->isEnabled());
         QCOMPARE(Box(f, 0)->toolTip() + Box(f, 1)->toolTip(), QStringLiteral("输入范围为:(1-60)S输入范围为:(0-60)S"));
         seen.clear();
-        if (nak)
+        if (c.nak)
             h->sim.injectFault(Fault::Nak, 1);
-        ClickOn(Ctl(f, button));
+        ClickOn(Ctl(f, c.button));
         QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定振动器时间,请稍候....../#ff0000"));
         QTRY_VERIFY(VibSaved);
-        QCOMPARE(mb->texts, QStringList{question});
-        QCOMPARE(h->takeFrames(), QStringList(nak ? 2 : 1, blockWrite(words)));
+        QCOMPARE(mb->texts, QStringList{c.question});
+        QCOMPARE(h->takeFrames(), QStringList(c.nak ? 2 : 1, Frame(QStringLiteral("1122038") + WordsHex(c.words))));
         QStringList expected{"振动器时间设定成功!/#008000/shown"};
-        if (nak)
+        if (c.nak)
             expected.prepend("正在尝试继续振动器时间设定!/#ff0000/shown");
         QCOMPARE(seen, expected);
         for (int i = 0; i < 28; ++i)
-            QCOMPARE(h->sim.word(272 + i), short(words[i]));
+            QCOMPARE(h->sim.word(272 + i), short(c.words[i]));
     }
 
-    void checkSkipsSpareFields_data()
-    {
-        QTest::addColumn<QStringList>("edits");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<int>("focus");  // -1: the question came
-        QTest::newRow("0 in a pause field") << QStringList{"0=0"} << kRange + "(1-60)S" << 0 << 0;
-        QTest::newRow("0 passes in a vibration field, 61 does not") << QStringList{"1=0", "3=61"} << kRange + "(0-60)S" << 0 << 3;
-        QTest::newRow("60 passes in both; a powder field opens its tab")
-            << QStringList{"0=60", "1=60", "17=61"} << kRange + "(0-60)S" << 1 << 17;
-        QTest::newRow("a spare vibrator is not checked") << QStringList{"4=99", "6=0"} << kAskSet << 0 << -1;
-        QTest::newRow("the pair below the form keeps the tab") << QStringList{"26=0"} << kRange + "(1-60)S" << 0 << 26;
-    }
+    void checkSkipsSpareFields_data() { AddRows(kChecks); }
     void checkSkipsSpareFields()
     {
-        QFETCH(QStringList, edits);
-        QFETCH(QString, message);
-        QFETCH(int, tab);
-        QFETCH(int, focus);
+        const Check& c = TheRow(kChecks);
         open();
         h->takeFrames();
-        Edit(f, edits);
+        Edit(f, c.edits);
         mb->queue(false);  // No to the question: nothing is written either way
         ClickOn(Ctl(f, "ImgBdOk"));
-        QCOMPARE(mb->texts, QStringList{message});
-        QCOMPARE(mb->okOnly, QList<bool>{focus >= 0});
-        QCOMPARE(f->PicZDTime[1]->isVisible(), tab == 1);
-        QCOMPARE(f->PicZDTime[0]->isVisible(), tab == 0);
-        if (focus >= 0)
-            QTRY_COMPARE(f->focusWidget(), Box(f, focus));
+        QCOMPARE(mb->texts, QStringList{c.message});
+        QCOMPARE(mb->okOnly, QList<bool>{c.focus >= 0});
+        QCOMPARE(f->PicZDTime[1]->isVisible(), c.tab == 1);
+        QCOMPARE(f->PicZDTime[0]->isVisible(), c.tab == 0);
+        if (c.focus >= 0)
+            QTRY_COMPARE(f->focusWidget(), Box(f, c.focus));
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
     }
 
-    // An empty source blanks what was assembled before it; the words after keep their places.
-    void emptySourceKeepsTheFrameWidth_data()
-    {
-        QTest::addColumn<int>("empty");
-        QTest::newRow("twelfth") << 11;
-        QTest::newRow("last") << 27;
-    }
-    void emptySourceKeepsTheFrameWidth()
-    {
-        QFETCH(int, empty);
-        open();
-        const QList<int> words = writtenBack();
-        for (int i = 0; i < 28; ++i)
-            Link().TxtDCansd.at(size_t(i)) = i == empty ? QString() : QString::number(words[i]);
-        StepNo = 72;
-        QCOMPARE(GetWrite_PLCD(QStringLiteral("D272"), 28),
-                 Frame(QStringLiteral("1122038") + QString(4 * (empty + 1), QLatin1Char(' ')) + WordsHex(words.mid(empty + 1))));
-    }
-
-    void questionOnReturn_data()
-    {
-        QTest::addColumn<QString>("after");  // what follows an edit
-        QTest::addColumn<bool>("asked");
-        QTest::newRow("edited, not written") << "" << true;
-        QTest::newRow("written and acknowledged") << "write" << false;
-        QTest::newRow("a key after the write") << "write key" << true;
-        QTest::newRow("nothing edited") << "untouched" << false;
-    }
+    void questionOnReturn_data() { AddRows(kReturns); }
     void questionOnReturn()
     {
-        QFETCH(QString, after);
-        QFETCH(bool, asked);
+        const Return& c = TheRow(kReturns);
+        const QString after = QLatin1String(c.after);
         open();
         if (after != QLatin1String("untouched"))
             Box(f, 8)->setText(QStringLiteral("30"));
@@ -177,21 +154,19 @@ private slots:
         mb->texts.clear();
         mb->queue(false);  // No: stay
         ClickOn(Ctl(f, "ImgReturn"));
-        QCOMPARE(mb->texts, asked ? QStringList{QStringLiteral("振动器时间更改后未设定，是否返回?")} : QStringList());
+        QCOMPARE(mb->texts, c.asked ? QStringList{QStringLiteral("振动器时间更改后未设定，是否返回?")} : QStringList());
         QTest::qWait(20);
-        QCOMPARE(Forms::loaded(QStringLiteral("ZDTime")) != nullptr, asked);
-        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, !asked);
+        QCOMPARE(Forms::loaded(QStringLiteral("ZDTime")) != nullptr, c.asked);
+        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, !c.asked);
     }
 
 private:
     // Opens the form as its entry on the system function form does, and waits for the block.
     void open()
     {
-        const QList<int> r = registers();
         for (int i = 0; i < 28; ++i)
-            h->sim.setWord(272 + i, short(r[i]));
-        Forms::show(QStringLiteral("ZDTime"));
-        f = static_cast<ZDTime*>(Forms::loaded(QStringLiteral("ZDTime")));
+            h->sim.setWord(272 + i, short(kRegisters[i]));
+        f = show<ZDTime>("ZDTime");
         QVERIFY(f);
         QTRY_VERIFY(VibReadDone && SendFlag);
     }
