@@ -58,10 +58,10 @@ private slots:
     }
     void cleanup() { tearDown(); }
 
-    void gate_data() { AddRows(kGate); }
+    void gate_data() { TableRows(kGate); }
     void gate()
     {
-        const Gate& c = TheRow(kGate);
+        const Gate& c = TableRow(kGate);
         Forms::show(QStringLiteral("PLC"));
         auto* f = show<Factory>("Factory");
         QTest::keyClicks(f->txtPassword, QStringLiteral("617"));
@@ -99,10 +99,10 @@ private slots:
         QCOMPARE(f->txtPassword->text(), action ? QString() : c.codes.last());
     }
 
-    void pulse_data() { AddRows(kPulse); }
+    void pulse_data() { TableRows(kPulse); }
     void pulse()
     {
-        const Pulse& c = TheRow(kPulse);
+        const Pulse& c = TableRow(kPulse);
         h->sim.setWord(294, 800);
         h->sim.setSBit(215, true);  // a neighbour in the same two bytes
         auto* f = show<Factory>("Factory");

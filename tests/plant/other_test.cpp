@@ -157,10 +157,10 @@ private slots:
 
     // The chain on opening, the boxes as decoded, then a click after the controller's middle digits have
     // changed: they go back as they were read.
-    void openThenClickAnOption_data() { AddRows(kOptions); }
+    void openThenClickAnOption_data() { TableRows(kOptions); }
     void openThenClickAnOption()
     {
-        const Option& c = TheRow(kOptions);
+        const Option& c = TableRow(kOptions);
         seedPair(h->sim, 0x4C, c.s612);
         seedPair(h->sim, 0x3E, c.s500);
         open(kTimes);
@@ -219,10 +219,10 @@ private slots:
     }
 
     // The status line after each reply.
-    void timesWritten_data() { AddRows(kTimesSet); }
+    void timesWritten_data() { TableRows(kTimesSet); }
     void timesWritten()
     {
-        const TimesSet& c = TheRow(kTimesSet);
+        const TimesSet& c = TableRow(kTimesSet);
         open(kTimes);
         h->takeFrames();
         QStringList seen;
@@ -243,10 +243,10 @@ private slots:
         QCOMPARE(h->sim.word(218), short(c.words[3]));
     }
 
-    void timeCheckStopsAtFirstFault_data() { AddRows(kTimeFaults); }
+    void timeCheckStopsAtFirstFault_data() { TableRows(kTimeFaults); }
     void timeCheckStopsAtFirstFault()
     {
-        const TimeFault& c = TheRow(kTimeFaults);
+        const TimeFault& c = TableRow(kTimeFaults);
         open(c.registers);
         h->takeFrames();
         Edit(f, c.edits);
@@ -275,10 +275,10 @@ private slots:
         QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
     }
 
-    void questionOnReturn_data() { AddRows(kReturns); }
+    void questionOnReturn_data() { TableRows(kReturns); }
     void questionOnReturn()
     {
-        const QString after = QLatin1String(TheRow(kReturns).after);
+        const QString after = QLatin1String(TableRow(kReturns).after);
         open(kTimes);
         if (after != QLatin1String("untouched"))
             Box(f, 2)->setText(QStringLiteral("9"));
@@ -296,17 +296,17 @@ private slots:
         mb->texts.clear();
         mb->queue(false);  // No: stay
         ClickOn(Ctl(f, "ImgReturn"));
-        const bool asked = TheRow(kReturns).asked;
+        const bool asked = TableRow(kReturns).asked;
         QCOMPARE(mb->texts, asked ? QStringList{QStringLiteral("时间配置更改后未设定，是否返回?")} : QStringList());
         QTest::qWait(20);
         QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, asked);
     }
 
     // Press and release write both bytes from S208; the outputs are read after the acknowledgement.
-    void jog_data() { AddRows(kJogs); }
+    void jog_data() { TableRows(kJogs); }
     void jog()
     {
-        const Jog& c = TheRow(kJogs);
+        const Jog& c = TableRow(kJogs);
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
         QTRY_VERIFY(SendFlag && f->TxtSReadFengJi->text() == QLatin1String("XXX"));
@@ -336,10 +336,10 @@ private slots:
 
     // The read goes as the refresh button goes down, which stays bright until it is let go; the same
     // digits twice are decoded twice.
-    void outputsShown_data() { AddRows(kOutputs); }
+    void outputsShown_data() { TableRows(kOutputs); }
     void outputsShown()
     {
-        const Outputs& c = TheRow(kOutputs);
+        const Outputs& c = TableRow(kOutputs);
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
         h->sim.setByteAt(0xA6, quint8(c.y60));
@@ -365,10 +365,10 @@ private slots:
     }
 
     // Each help mark shows its own text alone, the two halves a line each; a click on the text closes it.
-    void helpPopsUp_data() { AddRows(kHelps); }
+    void helpPopsUp_data() { TableRows(kHelps); }
     void helpPopsUp()
     {
-        const Help& c = TheRow(kHelps);
+        const Help& c = TableRow(kHelps);
         open(kTimes);
         f->SelectTab(c.tab);
         for (QLabel* tip : f->txtTip)  // one left open elsewhere closes when this one opens

@@ -53,10 +53,10 @@ class PlantBlocksTest : public QObject {
 private slots:
     void initTestCase() { SetDefaultNames(); }
 
-    void firstFault_data() { AddRows(kFaults); }
+    void firstFault_data() { TableRows(kFaults); }
     void firstFault()
     {
-        const auto& [name, id, edits, field, message] = TheRow(kFaults);
+        const auto& [name, id, edits, field, message] = TableRow(kFaults);
         const BlockFault f = Blocks::check(id, edited(id, edits));
         QCOMPARE(QString::number(f.field) + ' ' + f.message, QString::number(field) + ' ' + QString::fromUtf8(message));
     }

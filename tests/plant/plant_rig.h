@@ -13,20 +13,6 @@
 
 using plcsim::Fault;
 
-// A test's rows are one static table of a plain struct with a `name`: _data() names them, the test takes
-// its own row back.
-template <class C, std::size_t N> void AddRows(const C (&rows)[N])
-{
-    QTest::addColumn<int>("row");
-    for (std::size_t i = 0; i < N; ++i)
-        QTest::newRow(rows[i].name) << int(i);
-}
-template <class C, std::size_t N> const C& TheRow(const C (&rows)[N])
-{
-    QFETCH(int, row);
-    return rows[row];
-}
-
 // A second base of each test class: setUp() in init(), tearDown() in cleanup().
 struct PlantRig {
     ConsoleHarness* h = nullptr;

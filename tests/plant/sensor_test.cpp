@@ -94,10 +94,10 @@ private slots:
     void init() { setUp(); }
     void cleanup() { tearDown(); }
 
-    void readShowsEachScale_data() { AddRows(kReads); }
+    void readShowsEachScale_data() { TableRows(kReads); }
     void readShowsEachScale()
     {
-        const Read& c = TheRow(kReads);
+        const Read& c = TableRow(kReads);
         ScaleName[size_t(c.scale)] = c.scaleName;
         ScaleDecimals[size_t(c.scale)] = short(c.decimals);
         h->sim.setWord(200 + c.scale, short(c.raw));
@@ -111,10 +111,10 @@ private slots:
         QCOMPARE(SavedSensor.at(size_t(c.scale)), c.shown.toDouble());
     }
 
-    void writeBlock_data() { AddRows(kWrites); }
+    void writeBlock_data() { TableRows(kWrites); }
     void writeBlock()
     {
-        const Write& c = TheRow(kWrites);
+        const Write& c = TableRow(kWrites);
         for (int i = 0; i < 14; ++i)
             h->sim.setWord(200 + i, 0);
         QVERIFY(open());
@@ -138,10 +138,10 @@ private slots:
             QCOMPARE(TextColor(f->LbLCssdS), c.saved ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
     }
 
-    void rangeRefused_data() { AddRows(kRanges); }
+    void rangeRefused_data() { TableRows(kRanges); }
     void rangeRefused()
     {
-        const Range& c = TheRow(kRanges);
+        const Range& c = TableRow(kRanges);
         if (c.entry == QLatin1String("default"))
             ScaleDecimals[0] = 2;
         if (c.entry == QLatin1String("read"))
@@ -160,10 +160,10 @@ private slots:
     }
 
     // An empty source blanks what was assembled before it; the words after keep their places.
-    void emptySourceKeepsWidth_data() { AddRows(kEmpty); }
+    void emptySourceKeepsWidth_data() { TableRows(kEmpty); }
     void emptySourceKeepsWidth()
     {
-        const int empty = TheRow(kEmpty).empty;
+        const int empty = TableRow(kEmpty).empty;
         QVERIFY(open());
         QList<int> after;
         for (int i = 0; i < 14; ++i) {
@@ -176,10 +176,10 @@ private slots:
         QCOMPARE(GetWrite_PLCD(QStringLiteral("D200"), 14), Frame(QStringLiteral("111901C") + data));
     }
 
-    void typing_data() { AddRows(kTyping); }
+    void typing_data() { TableRows(kTyping); }
     void typing()
     {
-        const Typing& c = TheRow(kTyping);
+        const Typing& c = TableRow(kTyping);
         QVERIFY(open());
         h->takeFrames();
         SensorSaved = true;
@@ -198,10 +198,10 @@ private slots:
         QVERIFY(h->takeFrames().isEmpty());
     }
 
-    void returnQuestion_data() { AddRows(kReturns); }
+    void returnQuestion_data() { TableRows(kReturns); }
     void returnQuestion()
     {
-        const Return& c = TheRow(kReturns);
+        const Return& c = TableRow(kReturns);
         QVERIFY(open());
         if (c.action == QLatin1String("default"))
             ClickOn(Ctl(f, QStringLiteral("lblDefault")));

@@ -103,10 +103,10 @@ private slots:
     }
     void cleanup() { tearDown(); }
 
-    void poll_data() { AddRows(kPolls); }
+    void poll_data() { TableRows(kPolls); }
     void poll()
     {
-        const auto& [name, clicks, polling] = TheRow(kPolls);
+        const auto& [name, clicks, polling] = TableRow(kPolls);
         QVERIFY(open());
         for (int c : clicks) {
             WaitIdle();
@@ -130,10 +130,10 @@ private slots:
         }
     }
 
-    void command_data() { AddRows(kCommands); }
+    void command_data() { TableRows(kCommands); }
     void command()
     {
-        const auto& [name, button, yes, frames, tripRuns, asks] = TheRow(kCommands);
+        const auto& [name, button, yes, frames, tripRuns, asks] = TableRow(kCommands);
         h->sim.setHoistTrip(1000, 1);
         if (button == QLatin1String("lblBdCancel"))  // a trip under way
             h->sim.handleFrame(WriteFrame("001A", "2000").toLatin1());
@@ -184,10 +184,10 @@ private slots:
         QCOMPARE(f->LblPulseNum[1]->text(), QStringLiteral("200"));
     }
 
-    void counts_data() { AddRows(kCounts); }
+    void counts_data() { TableRows(kCounts); }
     void counts()
     {
-        const auto& [name, words, shown, step] = TheRow(kCounts);
+        const auto& [name, words, shown, step] = TableRow(kCounts);
         for (int i = 0; i < 5; ++i)
             h->sim.setWord(291 + i, short(words[i]));
         QVERIFY(open());
@@ -200,10 +200,10 @@ private slots:
         QCOMPARE(f->ImageMove->pos(), skipAt(step < 0 ? 0 : step));
     }
 
-    void decel_data() { AddRows(kDecels); }
+    void decel_data() { TableRows(kDecels); }
     void decel()
     {
-        const auto& [name, up, down, answers, boxes, frames] = TheRow(kDecels);
+        const auto& [name, up, down, answers, boxes, frames] = TableRow(kDecels);
         QVERIFY(open());
         h->takeFrames();
         for (int i = 0; i < 2; ++i) {
@@ -229,10 +229,10 @@ private slots:
         }
     }
 
-    void statusWord_data() { AddRows(kStatus); }
+    void statusWord_data() { TableRows(kStatus); }
     void statusWord()
     {
-        const auto& [name, start, shownBefore, reply, line, red, polling, reads] = TheRow(kStatus);
+        const auto& [name, start, shownBefore, reply, line, red, polling, reads] = TableRow(kStatus);
         QVERIFY(open());
         h->takeFrames();
         f->BcStart = start;

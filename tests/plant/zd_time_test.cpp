@@ -80,10 +80,10 @@ private slots:
         f = nullptr;
     }
 
-    void blockWritten_data() { AddRows(kWrites); }
+    void blockWritten_data() { TableRows(kWrites); }
     void blockWritten()
     {
-        const Write& c = TheRow(kWrites);
+        const Write& c = TableRow(kWrites);
         QStringList seen;  // the status line after each reply
         connect(&h->sim, &plcsim::Controller::reply, this, [&] {
             seen << (f ? Status(f->LbLCssdS) + (f->LbLCssdS->isVisible() ? "/shown" : "/hidden") : QString());
@@ -118,10 +118,10 @@ private slots:
             QCOMPARE(h->sim.word(272 + i), short(c.words[i]));
     }
 
-    void checkSkipsSpareFields_data() { AddRows(kChecks); }
+    void checkSkipsSpareFields_data() { TableRows(kChecks); }
     void checkSkipsSpareFields()
     {
-        const Check& c = TheRow(kChecks);
+        const Check& c = TableRow(kChecks);
         open();
         h->takeFrames();
         Edit(f, c.edits);
@@ -137,10 +137,10 @@ private slots:
         QVERIFY(h->takeFrames().isEmpty());
     }
 
-    void questionOnReturn_data() { AddRows(kReturns); }
+    void questionOnReturn_data() { TableRows(kReturns); }
     void questionOnReturn()
     {
-        const Return& c = TheRow(kReturns);
+        const Return& c = TableRow(kReturns);
         const QString after = QLatin1String(c.after);
         open();
         if (after != QLatin1String("untouched"))
