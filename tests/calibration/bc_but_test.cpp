@@ -1,11 +1,8 @@
 #include "cal_rig.h"
 
-#include "common/scale_table.h"
-#include "link/link_engine.h"
 #include "shell/plc_form.h"
 
 #include <QDate>
-#include <QLineEdit>
 
 namespace {
 const QString kInitRunning = QStringLiteral("正在硬件初始化,请稍候...");

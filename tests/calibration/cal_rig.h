@@ -3,9 +3,18 @@
 #include "test_support.h"
 
 #include "calibration/bc_but.h"
-#include "common/module1.h"
+#include "calibration/cal_records.h"
 #include "common/form_access.h"
+#include "common/module1.h"
+#include "common/scale_table.h"
+#include "common/text_file.h"
+#include "link/link_engine.h"
+#include "shell/app_setup.h"
 
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
 #include <QTest>
 
 // One named row a table entry; the test takes its entry by QFETCH(int, row).

@@ -2,7 +2,6 @@
 
 #include "calibration/mb_question.h"
 
-#include <QLabel>
 #include <QPushButton>
 #include <QTimer>
 

@@ -2,19 +2,13 @@
 // first names, the copies for the partner station and the production control system, and the restore.
 #include "cal_rig.h"
 
-#include "calibration/cal_records.h"
 #include "calibration/cname_files.h"
 #include "common/app_paths.h"
 #include "common/error_log.h"
 #include "common/partner_station.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
 #include "shell/plc_form.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QLineEdit>
 #include <future>
 #include <sys/stat.h>
 #include <unistd.h>

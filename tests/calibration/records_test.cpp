@@ -1,21 +1,13 @@
 #include "cal_rig.h"
 
-#include "calibration/cal_records.h"
 #include "calibration/frm_jk.h"
 #include "calibration/records_csv.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
-#include "shell/app_setup.h"
 
 #include <QAbstractItemModel>
 #include <QBuffer>
 #include <QDateEdit>
 #include <QDialog>
-#include <QDir>
-#include <QFile>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QStringEncoder>

@@ -1,21 +1,11 @@
 #include "cal_rig.h"
 
-#include "calibration/cal_records.h"
 #include "common/app_paths.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
-#include "link/link_engine.h"
-#include "link/register_map.h"
-#include "shell/app_setup.h"
 
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
 
 #include <limits>
 
