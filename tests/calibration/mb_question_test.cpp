@@ -1,16 +1,11 @@
-#include "test_support.h"
+#include "cal_rig.h"
 
 #include "calibration/mb_question.h"
-#include "common/module1.h"
-#include "common/form_access.h"
 
-#include <QLabel>
 #include <QPushButton>
-#include <QTest>
 #include <QTimer>
 
 namespace {
-
 struct Seen {
     QSize size;
     QPoint pos;
@@ -18,11 +13,11 @@ struct Seen {
     bool okShown = false, yesShown = false;
 };
 
-QPushButton* btn(MbQuestion* box, const QString& n) { return box->findChild<QPushButton*>(n); }
+QPushButton* btn(MbQuestion* box, const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); }
 
 // Shows the box as a caller does and, once it is up, records it and then closes it with `button`
 // (empty: the window's own close).
-Seen showAndAnswer(const QString& text, bool isOk, const QString& button)
+Seen showAndAnswer(const QString& text, bool isOk, const char* button)
 {
     MbText = text;
     MbIsOk = isOk;
@@ -36,13 +31,20 @@ Seen showAndAnswer(const QString& text, bool isOk, const QString& button)
         seen = {box->size(), box->pos(), box->findChild<QLabel*>(QStringLiteral("LblAsk"))->geometry(),
                 btn(box, "CmdMbOK")->geometry(), btn(box, "CmdYes")->geometry(), btn(box, "CmdNo")->geometry(),
                 btn(box, "CmdMbOK")->isVisible(), btn(box, "CmdYes")->isVisible() && btn(box, "CmdNo")->isVisible()};
-        button.isEmpty() ? void(box->close()) : btn(box, button)->click();
+        *button ? btn(box, button)->click() : void(box->close());
     });
     poll.start(5);
     ShowMbQuestion();
     return seen;
 }
 
+const struct { const char *name, *button; bool isOk, before, result; } kAnswers[] = {
+    {"OK", "CmdMbOK", true, false, true},
+    {"Yes", "CmdYes", false, false, true},
+    {"No", "CmdNo", false, true, false},
+    {"closed, result kept true", "", false, true, true},
+    {"closed, result kept false", "", true, false, false},
+};
 }  // namespace
 
 class MbQuestionTest : public QObject {
@@ -51,30 +53,16 @@ private slots:
     void init() { h = new ConsoleHarness; }
     void cleanup() { delete h; }
 
-    void answers_data()
-    {
-        QTest::addColumn<bool>("isOk");
-        QTest::addColumn<QString>("button");  // empty: closed by the window's control
-        QTest::addColumn<bool>("before");
-        QTest::addColumn<bool>("result");
-        QTest::newRow("OK") << true << "CmdMbOK" << false << true;
-        QTest::newRow("Yes") << false << "CmdYes" << false << true;
-        QTest::newRow("No") << false << "CmdNo" << true << false;
-        QTest::newRow("closed, result kept true") << false << "" << true << true;
-        QTest::newRow("closed, result kept false") << true << "" << false << false;
-    }
-
+    void answers_data() { TableRows(kAnswers); }
     void answers()
     {
-        QFETCH(bool, isOk);
-        QFETCH(QString, button);
-        QFETCH(bool, before);
-        QFETCH(bool, result);
-        MbResult = before;
-        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), isOk, button);
-        QCOMPARE(s.okShown, isOk);
-        QCOMPARE(s.yesShown, !isOk);
-        QCOMPARE(MbResult, result);
+        QFETCH(int, row);
+        const auto& c = kAnswers[row];
+        MbResult = c.before;
+        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), c.isOk, c.button);
+        QCOMPARE(s.okShown, c.isOk);
+        QCOMPARE(s.yesShown, !c.isOk);
+        QCOMPARE(MbResult, c.result);
         QVERIFY(!MbQuestion::showing());
     }
 
@@ -82,10 +70,11 @@ private slots:
     {
         const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
         const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
-        const Seen tall = showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
+        const Seen tall =
+            showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
+        // No width of its own: a short text gets a narrow box.
         QVERIFY(wide.size.width() > small.size.width());
         QVERIFY(tall.size.height() > small.size.height());
-        // No width of its own: a short text gets a narrow box.
         for (const Seen& s : {small, wide, tall}) {
             // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
             QCOMPARE(s.size.width(), s.label.width() + 66);
@@ -102,7 +91,7 @@ private slots:
         Forms::registerForm(QStringLiteral("YIBiao"), [] { return new QWidget; });
         Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
         CurrentForm = QStringLiteral("YIBiao");
-        QCOMPARE(showAndAnswer(QStringLiteral("标定成功!"), true, QStringLiteral("CmdMbOK")).pos, QPoint(120, 90 + 180));
+        QCOMPARE(showAndAnswer(QStringLiteral("标定成功!"), true, "CmdMbOK").pos, QPoint(120, 90 + 180));
     }
 
 private:
@@ -110,5 +99,4 @@ private:
 };
 
 QTEST_MAIN(MbQuestionTest)
-
 #include "mb_question_test.moc"

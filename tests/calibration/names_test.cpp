@@ -1,25 +1,14 @@
 // The name and bin tabs of BcBut as the engineer uses them: CName.ini on disk, the spool copy of the
 // first names, the copies for the partner station and the production control system, and the restore.
-#include "test_support.h"
+#include "cal_rig.h"
 
-#include "calibration/bc_but.h"
-#include "calibration/cal_records.h"
 #include "calibration/cname_files.h"
 #include "common/app_paths.h"
 #include "common/error_log.h"
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/partner_station.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
-#include "shell/form_base.h"
 #include "shell/plc_form.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QLineEdit>
-#include <QTest>
 #include <future>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,6 +43,88 @@ void writeText(const QString& path, const QStringList& lines)
     QDir().mkpath(QFileInfo(path).absolutePath());
     TextFile::writeLines(path, lines);
 }
+
+// The bin tab waits for the first naming only while the file is really missing.
+const struct { const char* name; bool missingAtStart, fileNow, binsRefused; } kTabs[] = {
+    {"missing, still absent", true, false, true},
+    {"missing, written since", true, true, false},
+    {"found at start", false, true, false},
+};
+
+// What a refused or declined setting leaves: the file as it was. readOnly: CName.ini without write
+// permission, refused, told and logged; "@" stands for the application folder.
+const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
+const QString kRefused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
+struct CheckCase { const char *name, *box, *typed; int tab; bool answer; QStringList boxes; bool written, readOnly; };
+const CheckCase kChecks[] = {
+    {"empty scale name", "TxtDCansd(1)", "", 1, true, {kEmpty}, false, false},
+    {"blanks only", "TxtDCansd(13)", "   ", 1, true, {kEmpty}, false, false},
+    {"empty bin name", "TxtDCansdName(9)", " ", 2, true, {QStringLiteral("料仓名称不能为空!")}, false, false},
+    {"unused box is not checked", "TxtDCansd(5)", "", 1, true, {kAskNames, kNamesDone}, true, false},
+    {"answer no", "TxtDCansd(1)", "砂", 1, false, {kAskNames}, false, false},
+    {"bins, answer no", "TxtDCansdName(9)", "P.O", 2, false, {kAskBins}, false, false},
+    {"names refused", "TxtDCansd(1)", "砂", 1, true, {kAskNames, "电子秤名称" + kRefused}, false, true},
+    {"bins refused", "TxtDCansdName(9)", "P.O", 2, true, {kAskBins, "料仓名称" + kRefused}, false, true},
+};
+
+// The copy for the production control system, from where NetPath.ini points (none: no file; "@": the
+// application folder). prepare: the folder made, or "Data file" / "read-only"; landsAt: where the copy is
+// found; message: after the outcome box; statError: what looking at the folder fails with. Only a folder
+// that is not there is a missing path; a share that cannot be looked at is a lost network.
+struct NetCase { const char *name, *netPath, *prepare, *landsAt; QString message; int statError; };
+const NetCase kNet[] = {
+    {"no NetPath.ini", "", "", "", kNetNoPath, 0},
+    {"no Data folder there", "@/prod", "prod", "", kNetNoPath, 0},
+    {"folder of this station", "@/prod", "prod/Data", "prod/Data/CName.ini", "", 0},
+    {"share of a station", "\\\\192.168.10.9\\prod", "stations/192.168.10.9/prod/Data",
+     "stations/192.168.10.9/prod/Data/CName.ini", "", 0},
+    {"drive of a station", "\\\\192.168.10.9\\D$\\Prod\\", "stations/192.168.10.9/drive_d/Prod/Data",
+     "stations/192.168.10.9/drive_d/Prod/Data/CName.ini", "", 0},
+    {"drive letter", "D:\\Prod", "drive_d/Prod/Data", "drive_d/Prod/Data/CName.ini", "", 0},
+    {"Data is a file", "@/prod", "Data file", "", "76:Path not found", 0},
+    {"read-only file there", "@/prod", "read-only", "", "70:Permission denied", 0},
+    {"not a folder on the way", "@/prod", "prod/Data", "", kNetNoPath, ENOTDIR},
+    {"station off", "@/prod", "prod/Data", "", kNetLost, EHOSTDOWN},
+    {"input/output error", "@/prod", "prod/Data", "", kNetLost, EIO},
+    {"stale handle", "@/prod", "prod/Data", "", kNetLost, ESTALE},
+    {"automount failed", "@/prod", "prod/Data", "", kNetLost, ENODEV},
+};
+
+// The partner of the pair gets the first names in its spool folder; a station without a partner, with its
+// partner's share missing, or with a share that does not answer, tells the operator nothing more.
+// share: "mounted", "plain folder" (an empty mount point), "read-only", "silent"; logged: the error number.
+struct PartnerCase { const char* name; QStringList own; const char *share, *partner, *logged; };
+const PartnerCase kPartners[] = {
+    {"first of a pair", {"127.0.0.1", "192.168.10.1"}, "mounted", "192.168.10.2", ""},
+    {"second of a pair", {"10.1.1.1", "192.168.10.4"}, "mounted", "192.168.10.3", ""},
+    {"in no pair", {"192.168.10.7", "10.0.0.2"}, "mounted", "", ""},
+    {"loopback only", {"127.0.0.1", "::1"}, "mounted", "", ""},
+    {"share not mounted", {"192.168.10.1"}, "plain folder", "192.168.10.2", "52"},
+    {"read-only spool file", {"192.168.10.2"}, "read-only", "192.168.10.1", "70"},
+    {"share does not answer", {"192.168.10.1"}, "silent", "192.168.10.2", "52"},
+};
+
+const struct { const char* name; bool spoolFolder; } kRestoreFails[] = {
+    {"no spool folder", false}, {"spool folder without the file", true}};
+
+// The captions of the bins follow the names of their scales; an entry without a name is unused.
+// names: "scale:index=name" or "bin:index=name" before the form loads.
+struct CaptionCase { const char* name; int lang; QStringList names; const char *label, *caption; bool inUse; };
+const CaptionCase kCaptions[] = {
+    {"cement silo", 1, {}, "LblCansdName(9)", "水泥M1", true},
+    {"renamed cement", 1, {"scale:8=P.O水泥"}, "LblCansdName(11)", "P.O水泥M3", true},
+    {"added powder", 1, {"scale:6=外加粉", "bin:7=粉2"}, "LblCansdName(7)", "外加粉M2", true},
+    {"bin of an unused scale", 1, {"bin:16=矿粉1"}, "LblCansdName(16)", "矿粉M1", true},
+    {"water keeps its name", 1, {"scale:7=清水秤"}, "LblCansdName(8)", "清水秤", true},
+    {"admixture", 1, {"scale:11=减水剂"}, "LblCansdName(18)", "减水剂", true},
+    {"second water", 1, {"bin:21=水2"}, "LblCansdName(21)", "清水", true},
+    {"unused bin", 1, {}, "LblCansdName(21)", "未使用", false},
+    {"unused scale", 1, {}, "LblCansd(4)", "未使用", false},
+    {"scale label", 1, {"scale:0= 砂 "}, "LblCansd(0)", "砂", true},
+    {"English: unused", 2, {}, "LblCansdName(4)", "Unused", false},
+    // No number in the language file: its English is the program's own.
+    {"English: second water", 2, {"bin:21=水2"}, "LblCansdName(21)", "Clear water", true},
+};
 }  // namespace
 
 class NamesTest : public QObject {
@@ -71,7 +142,6 @@ private slots:
         mb = new MbAnswerer;
         QDir().mkpath(h->path(QStringLiteral("Data")));
         GatePassed = true;
-        MenuMode = 0;
         CNameMissing = false;
         clock = QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22));
         CalClock = [this] { return clock; };
@@ -98,7 +168,7 @@ private slots:
         CNameMissing = true;
         netPath(h->path(QStringLiteral("prod")));
         QDir().mkpath(h->path(QStringLiteral("prod/Data")));
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 2);
         QCOMPARE(mb->texts, QStringList{QStringLiteral("必须先设定电子秤名称,然后再设定料仓名称!")});
         tab(f, 1);
@@ -139,7 +209,7 @@ private slots:
 
         // Back on the next entry, with the file there, the restore is offered.
         Forms::unload(QStringLiteral("BcBut"));
-        f = openForm();
+        f = OpenBcBut();
         tab(f, 1);
         QVERIFY(Ctl(f, QStringLiteral("LblCNameIni"))->isVisible());
         mb->texts.clear();
@@ -167,7 +237,7 @@ private slots:
         for (QString& n : ScaleName)
             if (n.isEmpty())
                 n = QStringLiteral("备用");  // all fourteen in use
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 1);
         QByteArray names = "[Name]\r\n";
         for (const auto& r : rows) {
@@ -182,14 +252,16 @@ private slots:
             BiaoZeroADValue[size_t(r.box)] = QString::number(3000 + r.box);
         SaveBLZConfig();
         const QByteArray blz = rawBytes(BLZConfigPath());
-        for (const auto& r : rows)
-            QVERIFY2(blz.contains("\r\n" + QByteArray::fromHex(r.gb) + "BiaoZeroADValue=" + QByteArray::number(3000 + r.box) + "\r\n"), r.name);
+        for (const auto& r : rows) {
+            const QByteArray line = QByteArray::fromHex(r.gb) + "BiaoZeroADValue=" + QByteArray::number(3000 + r.box);
+            QVERIFY2(blz.contains("\r\n" + line + "\r\n"), r.name);
+        }
 
         Forms::unload(QStringLiteral("BcBut"));
         ResetConsoleState();
         BiaoZeroADValue.fill(QString());
         LoadBLZConfig();
-        f = openForm();
+        f = OpenBcBut();
         tab(f, 1);
         for (const auto& r : rows) {
             QCOMPARE(box(f, qPrintable(IndexedName("TxtDCansd", r.box))), QString::fromUtf8(r.name));
@@ -215,14 +287,14 @@ private slots:
         CNameMissing = true;
         {
             FilesAsUser a(kUserA, kGroup);
-            BcBut* f = openForm();
+            BcBut* f = OpenBcBut();
             tab(f, 1);
             type(f, "TxtDCansd(0)", "砂");
             ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
             AppendZeroRecord(0);
             SaveBLZConfig();
             Forms::unload(QStringLiteral("BcBut"));
-            f = openForm();
+            f = OpenBcBut();
             tab(f, 1);
             ClickOn(Ctl(f, QStringLiteral("LblCNameIni")));
             Forms::unload(QStringLiteral("BcBut"));
@@ -231,7 +303,7 @@ private slots:
         mb->texts.clear();
         {
             FilesAsUser b(kUserB, kGroup);
-            BcBut* f = openForm();
+            BcBut* f = OpenBcBut();
             tab(f, 1);
             type(f, "TxtDCansd(0)", "细砂");
             ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
@@ -247,129 +319,62 @@ private slots:
         QCOMPARE(ScaleName[0], QStringLiteral("细砂"));
     }
 
-    // The bin tab waits for the first naming only while the file is really missing.
-    void tabsBeforeNaming_data()
-    {
-        QTest::addColumn<bool>("missingAtStart");
-        QTest::addColumn<bool>("fileNow");
-        QTest::addColumn<bool>("binsRefused");
-        QTest::newRow("missing, still absent") << true << false << true;
-        QTest::newRow("missing, written since") << true << true << false;
-        QTest::newRow("found at start") << false << true << false;
-    }
+    void tabsBeforeNaming_data() { TableRows(kTabs); }
     void tabsBeforeNaming()
     {
-        QFETCH(bool, missingAtStart);
-        QFETCH(bool, fileNow);
-        QFETCH(bool, binsRefused);
-        CNameMissing = missingAtStart;
-        if (fileNow)
+        QFETCH(int, row);
+        const auto& c = kTabs[row];
+        CNameMissing = c.missingAtStart;
+        if (c.fileNow)
             writeText(cname(), {"[Name]", "01=骨料1"});
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 2);
-        QCOMPARE(mb->texts.size(), binsRefused ? 1 : 0);
-        QCOMPARE(f->binTabOpen(), !binsRefused);
+        QCOMPARE(mb->texts.size(), c.binsRefused ? 1 : 0);
+        QCOMPARE(f->binTabOpen(), !c.binsRefused);
         tab(f, 1);
         QVERIFY(f->nameTabOpen());
-        QCOMPARE(f->firstNaming(), binsRefused);
+        QCOMPARE(f->firstNaming(), c.binsRefused);
     }
 
-    // What a refused or declined setting leaves: the file as it was.
-    void checksBeforeWriting_data()
-    {
-        QTest::addColumn<int>("tab");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<bool>("answer");
-        QTest::addColumn<QStringList>("boxes");
-        QTest::addColumn<bool>("written");
-        QTest::addColumn<bool>("readOnly");  // CName.ini without write permission: refused, told, logged
-        const QString empty = QStringLiteral("电子秤名称不能为空!");
-        const QString refused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
-        QTest::newRow("empty scale name") << 1 << "TxtDCansd(1)" << "" << true << QStringList{empty} << false << false;
-        QTest::newRow("blanks only") << 1 << "TxtDCansd(13)" << "   " << true << QStringList{empty} << false << false;
-        QTest::newRow("empty bin name") << 2 << "TxtDCansdName(9)" << " " << true
-                                        << QStringList{QStringLiteral("料仓名称不能为空!")} << false << false;
-        QTest::newRow("unused box is not checked") << 1 << "TxtDCansd(5)" << "" << true
-                                                   << QStringList{kAskNames, kNamesDone} << true << false;
-        QTest::newRow("answer no") << 1 << "TxtDCansd(1)" << "砂" << false << QStringList{kAskNames} << false << false;
-        QTest::newRow("bins, answer no") << 2 << "TxtDCansdName(9)" << "P.O" << false << QStringList{kAskBins} << false << false;
-        QTest::newRow("names refused") << 1 << "TxtDCansd(1)" << "砂" << true
-                                       << QStringList{kAskNames, "电子秤名称" + refused} << false << true;
-        QTest::newRow("bins refused") << 2 << "TxtDCansdName(9)" << "P.O" << true
-                                      << QStringList{kAskBins, "料仓名称" + refused} << false << true;
-    }
-
+    void checksBeforeWriting_data() { TableRows(kChecks); }
     void checksBeforeWriting()
     {
-        QFETCH(int, tab);
-        QFETCH(QString, box);
-        QFETCH(QString, typed);
-        QFETCH(bool, answer);
-        QFETCH(QStringList, boxes);
-        QFETCH(bool, written);
-        QFETCH(bool, readOnly);
+        QFETCH(int, row);
+        const CheckCase& c = kChecks[row];
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
         writeText(cname(), {"[Name]", "01=骨料1"});
-        if (readOnly)
+        if (c.readOnly)
             QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         netPath(h->path(QStringLiteral("prod")));
         QDir().mkpath(h->path(QStringLiteral("prod/Data")));
-        BcBut* f = openForm();
-        this->tab(f, tab);
-        Ctl<QLineEdit>(f, box)->setText(typed);
-        mb->queue(answer);
+        BcBut* f = OpenBcBut();
+        tab(f, c.tab);
+        type(f, c.box, c.typed);
+        mb->queue(c.answer);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
-        QCOMPARE(mb->texts, boxes.replaceInStrings(QStringLiteral("@"), h->dir.path()));
-        QCOMPARE(rawBytes(cname()) != before, written);
+        QCOMPARE(mb->texts, QStringList(c.boxes).replaceInStrings(QStringLiteral("@"), h->dir.path()));
+        QCOMPARE(rawBytes(cname()) != before, c.written);
         // A refused file is not copied on, and the names stay those of the file.
-        QCOMPARE(QFileInfo::exists(h->path(QStringLiteral("prod/Data/CName.ini"))), written);
-        QCOMPARE(ErrorLogText().contains(QStringLiteral("ErrNumber:70----Permission denied: ")), readOnly);
-        if (readOnly)
+        QCOMPARE(QFileInfo::exists(h->path(QStringLiteral("prod/Data/CName.ini"))), c.written);
+        QCOMPARE(ErrorLogText().contains(QStringLiteral("ErrNumber:70----Permission denied: ")), c.readOnly);
+        if (c.readOnly)
             QCOMPARE(ScaleName[1], QStringLiteral("骨料2"));
-        if (boxes.size() == 1 && answer)
-            QCOMPARE(f->focusWidget(), Ctl(f, box));
+        if (c.boxes.size() == 1 && c.answer)
+            QCOMPARE(f->focusWidget(), Ctl(f, QLatin1String(c.box)));
         QVERIFY(!QFileInfo::exists(spool()));  // only the first naming makes the spool copy
     }
 
-    // The copy for the production control system, from where NetPath.ini points, and what the operator is told.
-    void networkCopy_data()
-    {
-        QTest::addColumn<QString>("netPath");  // empty: no NetPath.ini; "@" stands for the application folder
-        QTest::addColumn<QString>("prepare");  // the folder made, or "Data file" / "read-only"
-        QTest::addColumn<QString>("landsAt");  // where the copy is found; empty: nowhere
-        QTest::addColumn<QString>("message");  // empty: none after the outcome box
-        QTest::addColumn<int>("statError");    // what looking at the folder fails with; 0: as it is
-        QTest::newRow("no NetPath.ini") << "" << "" << "" << kNetNoPath << 0;
-        QTest::newRow("no Data folder there") << "@/prod" << "prod" << "" << kNetNoPath << 0;
-        QTest::newRow("folder of this station") << "@/prod" << "prod/Data" << "prod/Data/CName.ini" << "" << 0;
-        QTest::newRow("share of a station") << "\\\\192.168.10.9\\prod" << "stations/192.168.10.9/prod/Data"
-                                            << "stations/192.168.10.9/prod/Data/CName.ini" << "" << 0;
-        QTest::newRow("drive of a station") << "\\\\192.168.10.9\\D$\\Prod\\" << "stations/192.168.10.9/drive_d/Prod/Data"
-                                            << "stations/192.168.10.9/drive_d/Prod/Data/CName.ini" << "" << 0;
-        QTest::newRow("drive letter") << "D:\\Prod" << "drive_d/Prod/Data" << "drive_d/Prod/Data/CName.ini" << "" << 0;
-        QTest::newRow("Data is a file") << "@/prod" << "Data file" << "" << "76:Path not found" << 0;
-        QTest::newRow("read-only file there") << "@/prod" << "read-only" << "" << "70:Permission denied" << 0;
-        // Only a folder that is not there is a missing path; a share that cannot be looked at is a lost network.
-        QTest::newRow("not a folder on the way") << "@/prod" << "prod/Data" << "" << kNetNoPath << int(ENOTDIR);
-        QTest::newRow("station off") << "@/prod" << "prod/Data" << "" << kNetLost << int(EHOSTDOWN);
-        QTest::newRow("input/output error") << "@/prod" << "prod/Data" << "" << kNetLost << int(EIO);
-        QTest::newRow("stale handle") << "@/prod" << "prod/Data" << "" << kNetLost << int(ESTALE);
-        QTest::newRow("automount failed") << "@/prod" << "prod/Data" << "" << kNetLost << int(ENODEV);
-    }
-
+    void networkCopy_data() { TableRows(kNet); }
     void networkCopy()
     {
-        QFETCH(QString, netPath);
-        QFETCH(QString, prepare);
-        QFETCH(QString, landsAt);
-        QFETCH(QString, message);
-        QFETCH(int, statError);
-        if (statError)
-            FolderStatError = [statError](const QString&) { return statError; };
-        if (!netPath.isEmpty())
-            this->netPath(netPath.replace(QLatin1Char('@'), h->dir.path()));
+        QFETCH(int, row);
+        const NetCase& c = kNet[row];
+        const QString prepare = QString::fromUtf8(c.prepare);
+        if (c.statError)
+            FolderStatError = [e = c.statError](const QString&) { return e; };
+        if (*c.netPath)
+            netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
         const QString readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));
         if (prepare == QLatin1String("Data file")) {
             writeText(h->path(QStringLiteral("prod/Data")), {"not a folder"});
@@ -379,192 +384,119 @@ private slots:
         } else if (!prepare.isEmpty()) {
             QDir().mkpath(h->path(prepare));
         }
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 1);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         QStringList boxes{kAskNames, kNamesDone};
-        if (!message.isEmpty())
-            boxes << message;
+        if (!c.message.isEmpty())
+            boxes << c.message;
         QCOMPARE(mb->texts, boxes);
         QVERIFY(!rawBytes(cname()).isEmpty());  // the local file stays set whatever the copy did
-        if (!landsAt.isEmpty())
-            QCOMPARE(rawBytes(h->path(landsAt)), rawBytes(cname()));
+        if (*c.landsAt)
+            QCOMPARE(rawBytes(h->path(QLatin1String(c.landsAt))), rawBytes(cname()));
         if (prepare == QLatin1String("read-only"))
             QCOMPARE(rawBytes(readOnly), GbLines({"[Name]", "01=other station"}));
-        QCOMPARE(TextFile::decode(rawBytes(ErrorLogPath(QDate::currentDate()))), QString());
+        QCOMPARE(ErrorLogText(), QString());
     }
 
-    // The partner of the pair gets the first names in its spool folder; a station without a partner, or
-    // with its partner's share missing, tells the operator nothing more.
-    void partnerCopy_data()
-    {
-        QTest::addColumn<QStringList>("own");
-        QTest::addColumn<QString>("share");  // "mounted", "plain folder" (an empty mount point), "read-only"
-        QTest::addColumn<QString>("partner");
-        QTest::addColumn<QString>("logged");  // the error number logged; empty: no log
-        QTest::newRow("first of a pair") << QStringList{"127.0.0.1", "192.168.10.1"} << "mounted" << "192.168.10.2" << "";
-        QTest::newRow("second of a pair") << QStringList{"10.1.1.1", "192.168.10.4"} << "mounted" << "192.168.10.3" << "";
-        QTest::newRow("in no pair") << QStringList{"192.168.10.7", "10.0.0.2"} << "mounted" << "" << "";
-        QTest::newRow("loopback only") << QStringList{"127.0.0.1", "::1"} << "mounted" << "" << "";
-        QTest::newRow("share not mounted") << QStringList{"192.168.10.1"} << "plain folder" << "192.168.10.2" << "52";
-        QTest::newRow("read-only spool file") << QStringList{"192.168.10.2"} << "read-only" << "192.168.10.1" << "70";
-    }
-
+    void partnerCopy_data() { TableRows(kPartners); }
     void partnerCopy()
     {
-        QFETCH(QStringList, own);
-        QFETCH(QString, share);
-        QFETCH(QString, partner);
-        QFETCH(QString, logged);
-        PartnerStation::setAddressSource([own] {
+        QFETCH(int, row);
+        const PartnerCase& c = kPartners[row];
+        const QString share = QLatin1String(c.share), logged = QLatin1String(c.logged);
+        PartnerStation::setAddressSource([own = c.own] {
             QList<QHostAddress> a;
             for (const QString& s : own)
                 a << QHostAddress(s);
             return a;
         });
         // A real mount cannot be made here: a folder stands in for it wherever the row says it is mounted.
-        const QString stations = h->path(QStringLiteral("stations"));
-        if (share != QLatin1String("plain folder"))
+        // A silent share holds the check until the operator has gone on, longer than the wait allows.
+        auto release = std::make_shared<std::promise<void>>();
+        if (share == QLatin1String("silent")) {
+            NetworkWaitLimit = std::chrono::milliseconds(200);
+            PartnerStation::setMountCheck([released = release->get_future().share()](const QString&) {
+                released.wait();
+                return false;
+            });
+        } else if (share != QLatin1String("plain folder")) {
             PartnerStation::setMountCheck([](const QString& root) { return QFileInfo(root).isDir(); });
+        }
+        const QString stations = h->path(QStringLiteral("stations"));
         for (const char* host : {"192.168.10.1", "192.168.10.2", "192.168.10.3"})
             QDir().mkpath(stations + QLatin1Char('/') + QLatin1String(host) + QStringLiteral("/drive_c"));
-        const QString partnerSpool = stations + QLatin1Char('/') + partner + QStringLiteral("/drive_c/Program Files/CNameSpool");
-        const QByteArray theirs = GbLines({"[Name]", "01=their own"});
+        const QString partnerSpool = stations + QLatin1Char('/') + QLatin1String(c.partner) +
+                                     QStringLiteral("/drive_c/Program Files/CNameSpool");
         if (share == QLatin1String("read-only")) {
             writeText(partnerSpool + QStringLiteral("/CName.ini"), {"[Name]", "01=their own"});
             QFile::setPermissions(partnerSpool + QStringLiteral("/CName.ini"), QFile::ReadOwner);
         }
         CNameMissing = true;
-        BcBut* f = openForm();
-        tab(f, 1);
-        ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
-        QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
-        QCOMPARE(rawBytes(spool()), rawBytes(cname()));
-
-        // Only the partner's folder, and only when its share is there, gets a copy.
-        QStringList copies;
-        for (QDirIterator it(stations, {QStringLiteral("CName.ini")}, QDir::Files, QDirIterator::Subdirectories);
-             it.hasNext();)
-            copies << it.next();
-        if (share == QLatin1String("mounted") && !partner.isEmpty()) {
-            QCOMPARE(copies, QStringList{partnerSpool + QStringLiteral("/CName.ini")});
-            QCOMPARE(rawBytes(copies.first()), rawBytes(cname()));
-            QVERIFY(AppPaths::isHidden(partnerSpool));
-        } else if (share == QLatin1String("read-only")) {
-            QCOMPARE(rawBytes(partnerSpool + QStringLiteral("/CName.ini")), theirs);
-        } else {
-            QCOMPARE(copies, QStringList());
-        }
-        const QString log = TextFile::decode(rawBytes(ErrorLogPath(QDate::currentDate())));
-        QCOMPARE(log.count(QStringLiteral("ErrSub:BackupCNameIni")), logged.isEmpty() ? 0 : 1);
-        if (!logged.isEmpty())
-            QVERIFY2(log.contains(QStringLiteral("ErrNumber:") + logged + QStringLiteral("----")), qPrintable(log));
-    }
-
-    // A partner whose share does not answer holds the console no longer than the wait allows; the
-    // operator goes on and the log keeps one line.
-    void partnerThatDoesNotAnswer()
-    {
-        PartnerStation::setAddressSource([] { return QList<QHostAddress>{ip("192.168.10.1")}; });
-        auto release = std::make_shared<std::promise<void>>();
-        std::shared_future<void> released = release->get_future().share();
-        PartnerStation::setMountCheck([released](const QString&) {
-            released.wait();
-            return false;
-        });
-        NetworkWaitLimit = std::chrono::milliseconds(200);
-        CNameMissing = true;
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 1);
         ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         release->set_value();
         QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
         QCOMPARE(rawBytes(spool()), rawBytes(cname()));
-        const QString log = TextFile::decode(rawBytes(ErrorLogPath(QDate::currentDate())));
-        QCOMPARE(log.count(QStringLiteral("ErrNumber:52----")), 1);
+        // Only the partner's folder, and only when its share is there, gets a copy.
+        QStringList copies;
+        for (QDirIterator it(stations, {QStringLiteral("CName.ini")}, QDir::Files, QDirIterator::Subdirectories);
+             it.hasNext();)
+            copies << it.next();
+        if (share == QLatin1String("mounted") && *c.partner) {
+            QCOMPARE(copies, QStringList{partnerSpool + QStringLiteral("/CName.ini")});
+            QCOMPARE(rawBytes(copies.first()), rawBytes(cname()));
+            QVERIFY(AppPaths::isHidden(partnerSpool));
+        } else if (share == QLatin1String("read-only")) {
+            QCOMPARE(rawBytes(partnerSpool + QStringLiteral("/CName.ini")), GbLines({"[Name]", "01=their own"}));
+        } else {
+            QCOMPARE(copies, QStringList());
+        }
+        const QString log = ErrorLogText();
+        QCOMPARE(log.count(QStringLiteral("ErrSub:BackupCNameIni")), logged.isEmpty() ? 0 : 1);
+        QCOMPARE(log.count(QStringLiteral("ErrNumber:") + logged + QStringLiteral("----")), logged.isEmpty() ? 0 : 1);
     }
 
-    void restoreFails_data()
-    {
-        QTest::addColumn<QString>("spool");  // "missing", "empty folder"
-        QTest::addColumn<QStringList>("boxes");
-        QTest::newRow("no spool folder") << "missing" << QStringList{kAskRestore, kRestoreFailed};
-        QTest::newRow("spool folder without the file") << "empty folder" << QStringList{kAskRestore, kRestoreFailed};
-    }
-
+    void restoreFails_data() { TableRows(kRestoreFails); }
     void restoreFails()
     {
-        QFETCH(QString, spool);
-        QFETCH(QStringList, boxes);
+        QFETCH(int, row);
         const QStringList present{"[Name]", "01=今天的名称"};
         writeText(cname(), present);
-        if (spool == QLatin1String("empty folder"))
+        if (kRestoreFails[row].spoolFolder)
             QDir().mkpath(CNameSpoolFolder());
-        BcBut* f = openForm();
+        BcBut* f = OpenBcBut();
         tab(f, 1);
         ClickOn(Ctl(f, QStringLiteral("LblCNameIni")));
-        QCOMPARE(mb->texts, boxes);
+        QCOMPARE(mb->texts, (QStringList{kAskRestore, kRestoreFailed}));
         QCOMPARE(rawBytes(cname()), GbLines(present));
         // A failed copy leaves the present names as the ones a later restore brings back.
-        QCOMPARE(rawBytes(this->spool()), spool == QLatin1String("missing") ? QByteArray() : GbLines(present));
+        QCOMPARE(rawBytes(spool()), kRestoreFails[row].spoolFolder ? GbLines(present) : QByteArray());
     }
 
-    // The captions of the bins follow the names of their scales; an entry without a name is unused.
-    void captions_data()
-    {
-        QTest::addColumn<int>("lang");
-        QTest::addColumn<QStringList>("names");  // "scale:index=name" or "bin:index=name" before the form loads
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("caption");
-        QTest::addColumn<bool>("inUse");
-        QTest::newRow("cement silo") << 1 << QStringList() << "LblCansdName(9)" << "水泥M1" << true;
-        QTest::newRow("renamed cement") << 1 << QStringList{"scale:8=P.O水泥"} << "LblCansdName(11)" << "P.O水泥M3" << true;
-        QTest::newRow("added powder") << 1 << QStringList{"scale:6=外加粉", "bin:7=粉2"} << "LblCansdName(7)"
-                                      << "外加粉M2" << true;
-        QTest::newRow("bin of an unused scale") << 1 << QStringList{"bin:16=矿粉1"} << "LblCansdName(16)" << "矿粉M1" << true;
-        QTest::newRow("water keeps its name") << 1 << QStringList{"scale:7=清水秤"} << "LblCansdName(8)" << "清水秤" << true;
-        QTest::newRow("admixture") << 1 << QStringList{"scale:11=减水剂"} << "LblCansdName(18)" << "减水剂" << true;
-        QTest::newRow("second water") << 1 << QStringList{"bin:21=水2"} << "LblCansdName(21)" << "清水" << true;
-        QTest::newRow("unused bin") << 1 << QStringList() << "LblCansdName(21)" << "未使用" << false;
-        QTest::newRow("unused scale") << 1 << QStringList() << "LblCansd(4)" << "未使用" << false;
-        QTest::newRow("scale label") << 1 << QStringList{"scale:0= 砂 "} << "LblCansd(0)" << "砂" << true;
-        QTest::newRow("English: unused") << 2 << QStringList() << "LblCansdName(4)" << "Unused" << false;
-        // No number in the language file: its English is the program's own.
-        QTest::newRow("English: second water") << 2 << QStringList{"bin:21=水2"} << "LblCansdName(21)"
-                                               << "Clear water" << true;
-    }
-
+    void captions_data() { TableRows(kCaptions); }
     void captions()
     {
-        QFETCH(int, lang);
-        QFETCH(QStringList, names);
-        QFETCH(QString, label);
-        QFETCH(QString, caption);
-        QFETCH(bool, inUse);
-        LangNo = short(lang);
+        QFETCH(int, row);
+        const CaptionCase& c = kCaptions[row];
+        LangNo = short(c.lang);
         ProfileFile = QStringLiteral(ORVA_LANG_FILE);
-        for (const QString& n : names) {
+        for (const QString& n : c.names) {
             const int index = n.section(QLatin1Char(':'), 1).section(QLatin1Char('='), 0, 0).toInt();
             const QString name = n.section(QLatin1Char('='), 1);
             (n.startsWith(QLatin1String("scale")) ? ScaleName[size_t(index)] : BinName[size_t(index)]) = name;
         }
-        BcBut* f = openForm();
-        auto* l = Ctl<QLabel>(f, label);
-        QCOMPARE(l->text(), caption);
-        QCOMPARE(l->toolTip(), caption);
-        QCOMPARE(l->isEnabled(), inUse);
-        const QString boxName = QString(label).replace(QStringLiteral("LblCansdName"), QStringLiteral("TxtDCansdName"))
-                                    .replace(QStringLiteral("LblCansd("), QStringLiteral("TxtDCansd("));
-        QCOMPARE(Ctl(f, boxName)->isEnabled(), inUse);
+        BcBut* f = OpenBcBut();
+        auto* l = Ctl<QLabel>(f, QLatin1String(c.label));
+        QCOMPARE(l->text(), QString::fromUtf8(c.caption));
+        QCOMPARE(l->toolTip(), QString::fromUtf8(c.caption));
+        QCOMPARE(l->isEnabled(), c.inUse);
+        QCOMPARE(Ctl(f, QString(c.label).replace(QStringLiteral("LblCansd"), QStringLiteral("TxtDCansd")))->isEnabled(),
+                 c.inUse);
     }
 
 private:
-    BcBut* openForm()
-    {
-        MenuTitle = QStringLiteral("调校");
-        Forms::show(QStringLiteral("BcBut"));
-        return qobject_cast<BcBut*>(Forms::loaded(QStringLiteral("BcBut")));
-    }
     void tab(BcBut* f, int i) { ClickOn(Ctl(f, IndexedName("LblBdTap", i))); }
     void type(BcBut* f, const char* box, const char* text) { Ctl<QLineEdit>(f, QLatin1String(box))->setText(QString::fromUtf8(text)); }
     QString box(BcBut* f, const char* name) { return Ctl<QLineEdit>(f, QLatin1String(name))->text(); }

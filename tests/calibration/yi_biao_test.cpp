@@ -1,24 +1,11 @@
-#include "test_support.h"
+#include "cal_rig.h"
 
-#include "calibration/cal_records.h"
 #include "common/app_paths.h"
-#include "common/module1.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
-#include "common/form_access.h"
-#include "link/link_engine.h"
-#include "link/register_map.h"
-#include "shell/app_setup.h"
 
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QTest>
 
 #include <limits>
 
@@ -34,6 +21,77 @@ QString pulse(const char* address, const char* bits)
 {
     return WriteFrame(address, bits) + WriteFrame(address, "0000") + kStatusRead + kLiveRead;
 }
+
+// Scale "一号秤" at 3000 raw with its zero point at 2000 shows 100.0; the frames from the tick of Timer3 on;
+// the lines of the monthly file, the hidden copy and the operation list after it.
+const QString kAt = QStringLiteral("2026/3/5 14:03:22"), kName = QStringLiteral("一号秤");
+const QStringList kZero{kName + "BiaoZeroTime=" + kAt, kName + "BiaoZeroADValue=3000",
+                        kName + "BiaoZeroWTValue=100.0", kSep};
+const QStringList kSpan{"CengIndex=1", kName + "BiaoWeightTime=" + kAt, kName + "BiaoWeightADValue=3000",
+                        kName + "BiaoWeightWTValue=100.0", kName + "BiaoWeightFMValue=1500.5", kSep};
+QStringList opLines(const char* kind) { return {kName, kAt, "张工", kind, "3000", "100.0", "1500.5", ""}; }
+struct CalCase { const char* name; int scale; bool span; Outcome outcome; QString frames; const char* caption;
+                 QStringList monthly, hidden, op; };
+const CalCase kCal[] = {
+    {"zero, scale 0, taken", 0, false, Outcome::Success, pulse("0016", "2000"), "零位调校完成，请再进行实际验秤!",
+     kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
+    {"span, scale 0, taken", 0, true, Outcome::Success, WriteFrame("1056", "9D3A") + pulse("0016", "4000"),
+     "分度调校完成，请再进行实际验秤!", kSpan, kSpan, opLines("标重")},
+    // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
+    {"zero, scale 6, refused", 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!", {}, {}, {}},
+    {"span, scale 10, unanswered", 10, true, Outcome::NoAnswer, WriteFrame("106A", "9D3A") + pulse("001A", "0100"),
+     "分度调校出错，请重新调校!", {}, {}, {}},
+};
+
+// The replies the controller test cannot give: both bits on, other lengths, a tab clicked meanwhile (-1: none).
+// Not taken: the caption stays busy and nothing is recorded.
+const struct { const char* name; int tab; const char* reply; bool taken; } kReplies[] = {
+    {"C000 taken, polling on", -1, "C000", true},
+    {"three characters", -1, "800", false},
+    {"five characters", -1, "80000", false},
+    {"empty", -1, "", false},
+    {"option tab clicked, then 8000", 0, "8000", false},
+};
+
+// Unplugged: the write is never answered, re-sent, then the fault box. tip: shown at the end.
+// S500.. word read as "2112": S496 and S508 are foreign bits; S501 and S505 are on.
+// S612.. word read as "1100": S608 foreign, S612 on (tracking off). The acknowledgement hides the tip.
+const QString kModeWrite = WriteFrame("003E", "2110"), kTrackWrite = WriteFrame("004C", "0100");
+struct SwitchCase { const char *name, *box, *partner; QString frame; bool unplugged; const char* tip; };
+const SwitchCase kSwitches[] = {
+    {"verified mode ticked", "Check1(11)", "Check1(10)", kModeWrite, false, "调校方式已更改!"},
+    {"plain mode cleared", "Check1(10)", "Check1(11)", kModeWrite, false, "调校方式已更改!"},
+    {"tracking on ticked", "Check2(1)", "Check2(0)", kTrackWrite, false, ""},
+    {"tracking off cleared", "Check2(0)", "Check2(1)", kTrackWrite, false, ""},
+    // The controller never took it: the form must not claim that tracking is on.
+    {"tracking off cleared, unplugged", "Check2(0)", "Check2(1)", kTrackWrite, true, ""},
+};
+
+// The test weight takes what could be typed: digits and one point, by key or by paste. action: "type:",
+// "paste:" or "delete" (at the start of the box).
+const struct { const char *name, *form, *start, *action, *text; } kEntries[] = {
+    {"letters and a second point swallowed", "YIBiao", "", "type:1a5-0.0.5", "150.05"},
+    {"paste of letters refused", "YIBiao", "150", "paste:abc-12", "150"},
+    {"paste of a weight taken", "YIBiao", "", "paste:1500.5", "1500.5"},
+    {"Delete as X11 sends it", "YIBiao", "150", "delete", "50"},
+    {"moisture: paste refused", "YIBiaoHumidNew", "12", "paste:1e3", "12"},
+};
+
+// The probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
+struct MoistureCase { const char* name; int probe; bool span; Outcome outcome; QString frames; };
+const MoistureCase kMoisture[] = {
+    {"dry, probe 4", 4, false, Outcome::Success, pulse("0017", "2000")},
+    {"wet, probe 4", 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000")},
+    {"wet, probe 5, refused", 5, true, Outcome::Refuse, WriteFrame("103C", "7D00") + pulse("0018", "0100")},
+    {"dry, probe 5, unanswered", 5, false, Outcome::NoAnswer, pulse("0017", "8000")},
+};
+
+// gaps: measured; the first counts from the click.
+const struct { const char *name, *clock; int period, gaps; } kClocks[] = {
+    {"Timer1: the live values every 400 ms", "poll", 400, 5},
+    {"Timer2: a lost reply sent again after a second", "resend", 1000, 3},
+    {"Timer3: the command a second after Yes", "command", 1000, 1},
+};
 
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
 void clickTab(QWidget* f, int i) { ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(i))); }
@@ -61,50 +119,17 @@ private slots:
         CalClock = {};
     }
 
-    void calibrationAgainstTheController_data()
-    {
-        QTest::addColumn<int>("scale");
-        QTest::addColumn<bool>("span");
-        QTest::addColumn<int>("outcome");
-        QTest::addColumn<QString>("frames");  // from the tick of Timer3 on
-        QTest::addColumn<QString>("caption");
-        QTest::addColumn<QStringList>("monthlyLines");
-        QTest::addColumn<QStringList>("hiddenLines");
-        QTest::addColumn<QStringList>("opLines");
-        const QString n = QStringLiteral("一号秤"), at = QStringLiteral("2026/3/5 14:03:22");
-        const QStringList zero{n + "BiaoZeroTime=" + at, n + "BiaoZeroADValue=3000", n + "BiaoZeroWTValue=100.0", kSep};
-        const QStringList span{"CengIndex=1", n + "BiaoWeightTime=" + at, n + "BiaoWeightADValue=3000",
-                               n + "BiaoWeightWTValue=100.0", n + "BiaoWeightFMValue=1500.5", kSep};
-        auto op = [&](const char* kind) { return QStringList{n, at, "张工", kind, "3000", "100.0", "1500.5", ""}; };
-        const QStringList none;
-        QTest::newRow("zero, scale 0, taken") << 0 << false << int(Outcome::Success) << pulse("0016", "2000")
-            << "零位调校完成，请再进行实际验秤!" << zero << QStringList{"CengIndex=1"} + zero << op("标零");
-        QTest::newRow("span, scale 0, taken") << 0 << true << int(Outcome::Success)
-            << WriteFrame("1056", "9D3A") + pulse("0016", "4000") << "分度调校完成，请再进行实际验秤!" << span << span
-            << op("标重");
-        // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
-        QTest::newRow("zero, scale 6, refused") << 6 << false << int(Outcome::Refuse) << pulse("0019", "2000")
-            << "零位调校失败，请重新调校!" << none << none << none;
-        QTest::newRow("span, scale 10, unanswered") << 10 << true << int(Outcome::NoAnswer)
-            << WriteFrame("106A", "9D3A") + pulse("001A", "0100") << "分度调校出错，请重新调校!" << none << none << none;
-    }
-
+    void calibrationAgainstTheController_data() { TableRows(kCal); }
     void calibrationAgainstTheController()
     {
-        QFETCH(int, scale);
-        QFETCH(bool, span);
-        QFETCH(int, outcome);
-        QFETCH(QString, frames);
-        QFETCH(QString, caption);
-        QFETCH(QStringList, monthlyLines);
-        QFETCH(QStringList, hiddenLines);
-        QFETCH(QStringList, opLines);
-        const bool taken = outcome == int(Outcome::Success);
-
+        QFETCH(int, row);
+        const CalCase& c = kCal[row];
+        const int scale = c.scale;
+        const bool span = c.span, taken = c.outcome == Outcome::Success;
         ScaleName[size_t(scale)] = QStringLiteral("一号秤");
         ScaleDecimals[size_t(scale)] = 1;  // 1500.5 goes as 15005
         h->sim.setLoad(scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
-        h->sim.setCalOutcome(Outcome(outcome));
+        h->sim.setCalOutcome(c.outcome);
         QWidget* f = openAt(scale);
         clickTab(f, span ? 2 : 1);
         for (int i = 0; i < 3; ++i)  // the selected tab head dark blue, the others dark grey
@@ -136,38 +161,26 @@ private slots:
                 liveReadBeforeRecords = !QFile::exists(opRecords()) && !QFile::exists(monthly());
         });
         Link().timer3Tick();
-        QTRY_COMPARE(line->text(), caption);
+        QTRY_COMPARE(line->text(), QString::fromUtf8(c.caption));
         waitIdle();
-        QCOMPARE(h->takeFrames().join(QString()), frames);
+        QCOMPARE(h->takeFrames().join(QString()), c.frames);
         QVERIFY(liveReadBeforeRecords);
         QCOMPARE(TextColor(line), taken ? QColor(0, 0x80, 0) : QColor(Qt::red));
         QCOMPARE(Link().Timer1.isActive(), !taken);  // polling again only after a failure
 
-        QCOMPARE(rawBytes(monthly()), GbLines(monthlyLines));
-        QCOMPARE(rawBytes(opRecords()), GbLines(opLines));
+        QCOMPARE(rawBytes(monthly()), GbLines(c.monthly));
+        QCOMPARE(rawBytes(opRecords()), GbLines(c.op));
         const QString spool = h->path(QStringLiteral("drive_c/Program Files/MswSpool"));
-        QCOMPARE(rawBytes(spool + QStringLiteral("/20263MswSpool.txt")), GbLines(hiddenLines));
+        QCOMPARE(rawBytes(spool + QStringLiteral("/20263MswSpool.txt")), GbLines(c.hidden));
         QCOMPARE(AppPaths::isHidden(spool), taken);
     }
 
-    // The replies the controller test cannot give: both bits on, other lengths, a tab clicked meanwhile.
-    void statusReply_data()
-    {
-        QTest::addColumn<int>("tab");  // clicked while the procedure runs; -1: none
-        QTest::addColumn<QString>("reply");
-        QTest::addColumn<bool>("taken");  // else the caption stays busy and nothing is recorded
-        QTest::newRow("C000 taken, polling on") << -1 << "C000" << true;
-        QTest::newRow("three characters") << -1 << "800" << false;
-        QTest::newRow("five characters") << -1 << "80000" << false;
-        QTest::newRow("empty") << -1 << "" << false;
-        QTest::newRow("option tab clicked, then 8000") << 0 << "8000" << false;
-    }
-
+    void statusReply_data() { TableRows(kReplies); }
     void statusReply()
     {
-        QFETCH(int, tab);
-        QFETCH(QString, reply);
-        QFETCH(bool, taken);
+        QFETCH(int, row);
+        const int tab = kReplies[row].tab;
+        const bool taken = kReplies[row].taken;
         QWidget* f = openAt(0);
         clickTab(f, 1);
         waitIdle();
@@ -180,7 +193,7 @@ private slots:
         waitIdle();
         h->takeFrames();
         SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), QStringLiteral("XXX"));
-        SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), reply);
+        SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), QLatin1String(kReplies[row].reply));
 
         QLabel* line = label(f, "LbLBLwc");
         QCOMPARE(line->text(),
@@ -196,76 +209,47 @@ private slots:
             QCOMPARE(h->takeFrames().contains(kLiveRead), taken);
     }
 
-    void optionSwitches_data()
-    {
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("partner");
-        QTest::addColumn<QString>("frame");
-        QTest::addColumn<bool>("unplugged");  // the write is never answered: re-sends, then the fault box
-        QTest::addColumn<QString>("tip");     // shown at the end
-        // S500.. word read as "2112": S496 and S508 are foreign bits; S501 and S505 are on.
-        const QString mode = WriteFrame("003E", "2110"), tracking = WriteFrame("004C", "0100");
-        QTest::newRow("verified mode ticked") << "Check1(11)" << "Check1(10)" << mode << false << "调校方式已更改!";
-        QTest::newRow("plain mode cleared") << "Check1(10)" << "Check1(11)" << mode << false << "调校方式已更改!";
-        // S612.. word read as "1100": S608 foreign, S612 on (tracking off). The acknowledgement hides the tip.
-        QTest::newRow("tracking on ticked") << "Check2(1)" << "Check2(0)" << tracking << false << "";
-        QTest::newRow("tracking off cleared") << "Check2(0)" << "Check2(1)" << tracking << false << "";
-        // The controller never took it: the form must not claim that tracking is on.
-        QTest::newRow("tracking off cleared, unplugged") << "Check2(0)" << "Check2(1)" << tracking << true << "";
-    }
-
+    void optionSwitches_data() { TableRows(kSwitches); }
     void optionSwitches()
     {
-        QFETCH(QString, box);
-        QFETCH(QString, partner);
-        QFETCH(QString, frame);
-        QFETCH(bool, unplugged);
-        QFETCH(QString, tip);
+        QFETCH(int, row);
+        const SwitchCase& c = kSwitches[row];
+        const QString box = QLatin1String(c.box);
         for (int s : {496, 501, 505, 508, 608})
             h->sim.setSBit(s, true);
         QWidget* f = openAt(0);
         QVERIFY(Ctl<QCheckBox>(f, "Check1(10)")->isChecked() && Ctl<QCheckBox>(f, "Check2(0)")->isChecked());
         QVERIFY(!Ctl<QCheckBox>(f, "Check1(11)")->isChecked() && !Ctl<QCheckBox>(f, "Check2(1)")->isChecked());
         h->takeFrames();
-        if (unplugged)
+        if (c.unplugged)
             h->sim.injectFault(plcsim::Fault::Unplugged);
         Ctl<QCheckBox>(f, box)->click();
         QLabel* l = label(f, box.startsWith(QStringLiteral("Check1")) ? "LblTzxxTip" : "LblTzxxZeroTip");
-        if (unplugged) {
+        if (c.unplugged) {
             Link().Timer2.stop();  // the time-outs are driven by hand
-            for (int i = 0; i <= 8; ++i)
+            for (int i = 0; i < 8; ++i)
                 Link().RetryRequest();
+            QCOMPARE(mb->texts, QStringList());  // eight re-sends before the operator is told
+            Link().RetryRequest();
             QVERIFY(mb->texts.value(0).startsWith(QStringLiteral("通讯发生错误请检查：")));
         } else {
             waitIdle();
         }
-        QCOMPARE(h->takeFrames().value(0), frame);
-        QCOMPARE(l->isVisible() ? l->text() : QString(), tip);
+        const QStringList frames = h->takeFrames();
+        QCOMPARE(frames.value(0), c.frame);
+        QCOMPARE(frames.count(c.frame), c.unplugged ? 9 : 1);
+        QCOMPARE(l->isVisible() ? l->text() : QString(), QString::fromUtf8(c.tip));
         if (l->isVisible())
             QCOMPARE(TextColor(l), QColor(0, 0x80, 0));
-        QCOMPARE(Ctl<QCheckBox>(f, partner)->isChecked(), !Ctl<QCheckBox>(f, box)->isChecked());
+        QCOMPARE(Ctl<QCheckBox>(f, QLatin1String(c.partner))->isChecked(), !Ctl<QCheckBox>(f, box)->isChecked());
     }
 
-    // The test weight takes what could be typed: digits and one point, by key or by paste.
-    void testWeightEntry_data()
-    {
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QString>("start");
-        QTest::addColumn<QString>("action");  // "type:", "paste:" or "delete" (at the start of the box)
-        QTest::addColumn<QString>("text");
-        QTest::newRow("letters and a second point swallowed") << "YIBiao" << "" << "type:1a5-0.0.5" << "150.05";
-        QTest::newRow("paste of letters refused") << "YIBiao" << "150" << "paste:abc-12" << "150";
-        QTest::newRow("paste of a weight taken") << "YIBiao" << "" << "paste:1500.5" << "1500.5";
-        QTest::newRow("Delete as X11 sends it") << "YIBiao" << "150" << "delete" << "50";
-        QTest::newRow("moisture: paste refused") << "YIBiaoHumidNew" << "12" << "paste:1e3" << "12";
-    }
-
+    void testWeightEntry_data() { TableRows(kEntries); }
     void testWeightEntry()
     {
-        QFETCH(QString, form);
-        QFETCH(QString, start);
-        QFETCH(QString, action);
-        QFETCH(QString, text);
+        QFETCH(int, row);
+        const auto& c = kEntries[row];
+        const QString form = QLatin1String(c.form), action = QLatin1String(c.action);
         QWidget* f = openAt(0);
         if (form == QLatin1String("YIBiaoHumidNew")) {
             HumidActive = true;
@@ -275,7 +259,7 @@ private slots:
         clickTab(f, 2);
         auto* b = Ctl<QLineEdit>(f, "TxtFmzL");
         QVERIFY(b->isVisible());
-        b->setText(start);
+        b->setText(QLatin1String(c.start));
         b->setFocus();
         b->setCursorPosition(0);
         if (action == QLatin1String("delete"))
@@ -284,32 +268,18 @@ private slots:
             QGuiApplication::clipboard()->setText(action.mid(6)), b->paste();
         else
             QTest::keyClicks(b, action.mid(5));
-        QCOMPARE(b->text(), text);
+        QCOMPARE(b->text(), QLatin1String(c.text));
     }
 
-    void moistureGoesToItsOwnForm_data()
-    {
-        QTest::addColumn<int>("probe");
-        QTest::addColumn<bool>("span");
-        QTest::addColumn<int>("outcome");
-        QTest::addColumn<QString>("frames");
-        // The probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
-        QTest::newRow("dry, probe 4") << 4 << false << int(Outcome::Success) << pulse("0017", "2000");
-        QTest::newRow("wet, probe 4") << 4 << true << int(Outcome::Success)
-                                      << WriteFrame("103A", "7D00") + pulse("0017", "4000");
-        QTest::newRow("wet, probe 5, refused")
-            << 5 << true << int(Outcome::Refuse) << WriteFrame("103C", "7D00") + pulse("0018", "0100");
-        QTest::newRow("dry, probe 5, unanswered") << 5 << false << int(Outcome::NoAnswer) << pulse("0017", "8000");
-    }
-
+    void moistureGoesToItsOwnForm_data() { TableRows(kMoisture); }
     void moistureGoesToItsOwnForm()
     {
-        QFETCH(int, probe);
-        QFETCH(bool, span);
-        QFETCH(int, outcome);
-        QFETCH(QString, frames);
+        QFETCH(int, row);
+        const MoistureCase& c = kMoisture[row];
+        const int probe = c.probe, outcome = int(c.outcome);
+        const bool span = c.span;
         const QString caption = QStringList{"湿度标定完成!", "湿度标定失败，请重新标定!", "湿度标定错误，请重新标定!"}[outcome];
-        h->sim.setCalOutcome(Outcome(outcome));
+        h->sim.setCalOutcome(c.outcome);
         h->sim.setLoad(probe, 2600 + probe);
         ScaleDecimals[size_t(probe)] = 1;
         // A weight form left open must see nothing of the moisture calibration.
@@ -331,8 +301,7 @@ private slots:
         Link().timer3Tick();
         QTRY_COMPARE(label(f, span ? "LbLBZwc" : "LbLBLwc")->text(), caption);
         waitIdle();
-        QCOMPARE(h->takeFrames().join(QString()), frames);
-
+        QCOMPARE(h->takeFrames().join(QString()), c.frames);
         QVERIFY(label(weightForm, "LbLADv")->text().isEmpty() && label(weightForm, "LbLBLwc")->isHidden() &&
                 label(weightForm, "LbLBZwc")->isHidden());
         QCOMPARE(Ctl<QLineEdit>(weightForm, "txtBCSuccessRead")->text(), QString());
@@ -343,21 +312,12 @@ private slots:
     // The three clocks of the link as the controller sees them: on average no request earlier than the
     // design's period allows (a coarse timer may fire a little early, and a tick that a busy loop delays
     // shortens the next), and at the quickest none much later, with room for a loaded machine.
-    void linkClocksOnTheWire_data()
-    {
-        QTest::addColumn<QString>("clock");
-        QTest::addColumn<int>("period");
-        QTest::addColumn<int>("gaps");  // measured; the first counts from the click
-        QTest::newRow("Timer1: the live values every 400 ms") << "poll" << 400 << 5;
-        QTest::newRow("Timer2: a lost reply sent again after a second") << "resend" << 1000 << 3;
-        QTest::newRow("Timer3: the command a second after Yes") << "command" << 1000 << 1;
-    }
-
+    void linkClocksOnTheWire_data() { TableRows(kClocks); }
     void linkClocksOnTheWire()
     {
-        QFETCH(QString, clock);
-        QFETCH(int, period);
-        QFETCH(int, gaps);
+        QFETCH(int, row);
+        const QString clock = QLatin1String(kClocks[row].clock);
+        const int period = kClocks[row].period, gaps = kClocks[row].gaps;
         QWidget* f = openAt(0);
         const bool command = clock == QLatin1String("command"), poll = clock == QLatin1String("poll");
         // The re-sent request is the option word, read again with the tab.
@@ -409,13 +369,7 @@ private:
     QWidget* openAt(int scale)
     {
         h->sim.setSBit(612, true);  // bit on: tracking off
-        ScaleNo = short(scale);
-        ScaleTitle = ScaleName[size_t(scale)];
-        const ScaleDevices& d = kScaleDevices[size_t(scale)];
-        CalZeroDevice = QLatin1String(d.zero);
-        CalSpanDevice = QLatin1String(d.span);
-        CalWeightDevice = QLatin1String(d.weight);
-        OptionDevice = QLatin1String(d.option);
+        UseScaleDevices(scale);
         Forms::show(QStringLiteral("YIBiao"));
         QWidget* f = Forms::loaded(QStringLiteral("YIBiao"));
         // The option word and the zero tracking word arrive one after the other.

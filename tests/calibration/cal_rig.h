@@ -1,0 +1,35 @@
+#pragma once
+// What the calibration tests share: table rows for Qt Test, and the menu form opened as the main form does.
+#include "test_support.h"
+
+#include "calibration/bc_but.h"
+#include "calibration/cal_records.h"
+#include "common/form_access.h"
+#include "common/module1.h"
+#include "common/scale_table.h"
+#include "common/text_file.h"
+#include "link/link_engine.h"
+#include "shell/app_setup.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+
+// One named row a table entry; the test takes its entry by QFETCH(int, row).
+template <class T, size_t N> void TableRows(const T (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i)
+        QTest::newRow(rows[i].name) << int(i);
+}
+
+// The menu in the calibration (0) or parameter (1) mode.
+inline BcBut* OpenBcBut(short mode = 0)
+{
+    MenuMode = mode;
+    MenuTitle = mode == 0 ? QStringLiteral("调校") : QStringLiteral("参数设定");
+    Forms::show(QStringLiteral("BcBut"));
+    return qobject_cast<BcBut*>(Forms::loaded(QStringLiteral("BcBut")));
+}
