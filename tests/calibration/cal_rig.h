@@ -1,5 +1,5 @@
 #pragma once
-// What the calibration tests share: table rows for Qt Test, and the menu form opened as the main form does.
+// What the calibration tests share: the menu form opened as the main form does.
 #include "test_support.h"
 
 #include "calibration/bc_but.h"
@@ -16,14 +16,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
-
-// One named row a table entry; the test takes its entry by QFETCH(int, row).
-template <class T, size_t N> void TableRows(const T (&rows)[N])
-{
-    QTest::addColumn<int>("row");
-    for (size_t i = 0; i < N; ++i)
-        QTest::newRow(rows[i].name) << int(i);
-}
 
 // The menu in the calibration (0) or parameter (1) mode.
 inline BcBut* OpenBcBut(short mode = 0)
