@@ -86,8 +86,7 @@ private slots:
     void gate_data() { TableRows(kGate); }
     void gate()
     {
-        QFETCH(int, row);
-        const GateCase& c = kGate[row];
+        const GateCase& c = TableRow(kGate);
         const QDate today = QDate::currentDate();
         GatePassed = c.passedEarlier;
         CNameMissing = c.firstNaming;
@@ -121,8 +120,7 @@ private slots:
     void devicesStoredForScale_data() { TableRows(kScales); }
     void devicesStoredForScale()
     {
-        QFETCH(int, row);
-        const ScaleCase& c = kScales[row];
+        const ScaleCase& c = TableRow(kScales);
         GatePassed = true;
         const bool blank = c.devices.first() == QLatin1String("unchanged");
         const size_t i = size_t(c.scale);

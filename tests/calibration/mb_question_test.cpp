@@ -56,8 +56,7 @@ private slots:
     void answers_data() { TableRows(kAnswers); }
     void answers()
     {
-        QFETCH(int, row);
-        const auto& c = kAnswers[row];
+        const auto& c = TableRow(kAnswers);
         MbResult = c.before;
         const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), c.isOk, c.button);
         QCOMPARE(s.okShown, c.isOk);

@@ -322,8 +322,7 @@ private slots:
     void tabsBeforeNaming_data() { TableRows(kTabs); }
     void tabsBeforeNaming()
     {
-        QFETCH(int, row);
-        const auto& c = kTabs[row];
+        const auto& c = TableRow(kTabs);
         CNameMissing = c.missingAtStart;
         if (c.fileNow)
             writeText(cname(), {"[Name]", "01=骨料1"});
@@ -339,8 +338,7 @@ private slots:
     void checksBeforeWriting_data() { TableRows(kChecks); }
     void checksBeforeWriting()
     {
-        QFETCH(int, row);
-        const CheckCase& c = kChecks[row];
+        const CheckCase& c = TableRow(kChecks);
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
         writeText(cname(), {"[Name]", "01=骨料1"});
@@ -368,8 +366,7 @@ private slots:
     void networkCopy_data() { TableRows(kNet); }
     void networkCopy()
     {
-        QFETCH(int, row);
-        const NetCase& c = kNet[row];
+        const NetCase& c = TableRow(kNet);
         const QString prepare = QString::fromUtf8(c.prepare);
         if (c.statError)
             FolderStatError = [e = c.statError](const QString&) { return e; };
@@ -402,8 +399,7 @@ private slots:
     void partnerCopy_data() { TableRows(kPartners); }
     void partnerCopy()
     {
-        QFETCH(int, row);
-        const PartnerCase& c = kPartners[row];
+        const PartnerCase& c = TableRow(kPartners);
         const QString share = QLatin1String(c.share), logged = QLatin1String(c.logged);
         PartnerStation::setAddressSource([own = c.own] {
             QList<QHostAddress> a;
@@ -478,8 +474,7 @@ private slots:
     void captions_data() { TableRows(kCaptions); }
     void captions()
     {
-        QFETCH(int, row);
-        const CaptionCase& c = kCaptions[row];
+        const CaptionCase& c = TableRow(kCaptions);
         LangNo = short(c.lang);
         ProfileFile = QStringLiteral(ORVA_LANG_FILE);
         for (const QString& n : c.names) {

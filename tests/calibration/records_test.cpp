@@ -168,8 +168,7 @@ private slots:
     void gridColumns_data() { TableRows(kGrid); }
     void gridColumns()
     {
-        QFETCH(int, row);
-        const GridCase& c = kGrid[row];
+        const GridCase& c = TableRow(kGrid);
         if (c.file) {
             const QString text = QString::fromUtf8(c.file);
             const QByteArray mark(c.mark);
@@ -324,8 +323,7 @@ private slots:
     void findSelectsTheNextRow_data() { TableRows(kFinds); }
     void findSelectsTheNextRow()
     {
-        QFETCH(int, row);
-        const auto& c = kFinds[row];
+        const auto& c = TableRow(kFinds);
         writeList(h->path(QStringLiteral("Data/BiaoCeng.txt")),
                   TextFile::encode(QStringLiteral("一号秤\r\nt1\r\n张工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                   "二号秤\r\nt2\r\n张工\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"
@@ -352,8 +350,7 @@ private slots:
     void recordsCommand_data() { TableRows(kCommands); }
     void recordsCommand()
     {
-        QFETCH(int, row);
-        const auto& c = kCommands[row];
+        const auto& c = TableRow(kCommands);
         const QString out = QString::fromUtf8(c.out);
         // The third record has no operator: its row ends with the fourth's title, and the rows after it start
         // with their dates.

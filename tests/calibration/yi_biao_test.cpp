@@ -122,8 +122,7 @@ private slots:
     void calibrationAgainstTheController_data() { TableRows(kCal); }
     void calibrationAgainstTheController()
     {
-        QFETCH(int, row);
-        const CalCase& c = kCal[row];
+        const CalCase& c = TableRow(kCal);
         const int scale = c.scale;
         const bool span = c.span, taken = c.outcome == Outcome::Success;
         ScaleName[size_t(scale)] = QStringLiteral("一号秤");
@@ -212,8 +211,7 @@ private slots:
     void optionSwitches_data() { TableRows(kSwitches); }
     void optionSwitches()
     {
-        QFETCH(int, row);
-        const SwitchCase& c = kSwitches[row];
+        const SwitchCase& c = TableRow(kSwitches);
         const QString box = QLatin1String(c.box);
         for (int s : {496, 501, 505, 508, 608})
             h->sim.setSBit(s, true);
@@ -247,8 +245,7 @@ private slots:
     void testWeightEntry_data() { TableRows(kEntries); }
     void testWeightEntry()
     {
-        QFETCH(int, row);
-        const auto& c = kEntries[row];
+        const auto& c = TableRow(kEntries);
         const QString form = QLatin1String(c.form), action = QLatin1String(c.action);
         QWidget* f = openAt(0);
         if (form == QLatin1String("YIBiaoHumidNew")) {
@@ -274,8 +271,7 @@ private slots:
     void moistureGoesToItsOwnForm_data() { TableRows(kMoisture); }
     void moistureGoesToItsOwnForm()
     {
-        QFETCH(int, row);
-        const MoistureCase& c = kMoisture[row];
+        const MoistureCase& c = TableRow(kMoisture);
         const int probe = c.probe, outcome = int(c.outcome);
         const bool span = c.span;
         const QString caption = QStringList{"湿度标定完成!", "湿度标定失败，请重新标定!", "湿度标定错误，请重新标定!"}[outcome];

@@ -27,8 +27,7 @@ private slots:
     void windowsPaths_data() { TableRows(kWindowsPaths); }
     void windowsPaths()
     {
-        QFETCH(int, row);
-        const auto& r = kWindowsPaths[row];
+        const auto& r = TableRow(kWindowsPaths);
         if (r.inApp) QCOMPARE(AppPaths::inApp(r.path), app() + r.inApp);
         QCOMPARE(AppPaths::systemDrive(r.path), app() + r.systemDrive);
         QCOMPARE(AppPaths::partnerShare("STATION2", r.path), app() + "/stations/STATION2" + r.systemDrive);
@@ -57,8 +56,7 @@ private slots:
     void hiddenOnAWindowsShare_data() { TableRows(kShareAttributes); }
     void hiddenOnAWindowsShare()
     {
-        QFETCH(int, row);
-        const auto& r = kShareAttributes[row];
+        const auto& r = TableRow(kShareAttributes);
         const QString spool = AppPaths::partnerShare("192.168.10.2", "C:\\Program Files\\CNameSpool");
         QVERIFY(QDir().mkpath(spool));
         QByteArray set;

@@ -36,8 +36,7 @@ private slots:
     void choice_data() { TableRows(kChoices); }
     void choice()
     {
-        QFETCH(int, row);
-        const auto& r = kChoices[row];
+        const auto& r = TableRow(kChoices);
         if (r.lansel) QVERIFY(putBytes(LangSelFile(), "[PLCCOMLANSEL]\r\nLANSEL=" + QByteArray(r.lansel) + "\r\n"));
         LoadLanguageChoice();
         QCOMPARE(int(LangNo), r.langNo);
