@@ -90,3 +90,15 @@ void LogIn();
 // waits until the form has stepped aside, "idle" until the link has no request out. A step that cannot
 // be made fails the test.
 void Walk(const QStringList& steps);
+
+// Table-driven tests: a Qt Test row per table row, named by it; the test takes its row back by index.
+#include <QTest>
+template <class T, size_t N> void TableRows(const T (&rows)[N])
+{
+    QTest::addColumn<int>("row");
+    for (size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
+}
+template <class T, size_t N> const T& TableRow(const T (&rows)[N])
+{
+    return rows[*static_cast<int*>(QTest::qData("row", QMetaType::Int))];
+}
