@@ -12,7 +12,6 @@
 #include "shell/app_setup.h"
 
 #include <QLabel>
-#include <QTest>
 
 namespace {
 
@@ -93,6 +92,20 @@ bool resentAtOnce(const Step& s, Fault f)
     }
 }
 
+// Replies the receive event leaves to the clock, and their neighbours that it takes.
+const struct Guard {
+    const char* name;
+    int step, bytes;
+    const char* reply;
+    bool ignored;
+} kGuards[] = {
+    {"long answer to the zero bit", 52, 0, "\x06" "7A", true},
+    {"long answer to a parameter write", 9, 0, "\x06" "7A", false},
+    {"two characters to the zero bit", 52, 0, "\x06" "A", false},
+    {"step 20 without STX and ETX", 20, 2, "05000000", true},
+    {"step 20 with ETX only", 20, 2, "050000\x03" "0", false},
+    {"step 22 without STX and ETX", 22, 2, "05000000", false},
+};
 }  // namespace
 
 class FaultMatrixTest : public QObject {
@@ -193,20 +206,12 @@ private slots:
         QVERIFY(QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }));
         QCoreApplication::processEvents();
 
-        QStringList expected(resends + 1, QString::fromLatin1(request.toLatin1()));
+        // The request and its re-sends as they were, then the chained requests by the address they read.
+        QStringList expected(resends + 1, request), seen;
         if (f != Gone)
-            for (const QString& d : chain) expected << d;
-        QStringList seen;
-        for (qsizetype i = 0; i < wire.size(); ++i) {
-            QString name = QString::fromLatin1(wire[i]);
-            // Chained requests are named by the device they address.
-            for (const QString& d : chain)
-                if (i > resends && wire[i].mid(2, 4) == DeviceToAddress(d).toLatin1()) {
-                    name = d;
-                    break;
-                }
-            seen << name;
-        }
+            for (const QString& d : chain) expected << DeviceToAddress(d);
+        for (qsizetype i = 0; i < wire.size(); ++i)
+            seen << QString::fromLatin1(i > resends ? wire[i].mid(2, 4) : wire[i]);
         QCOMPARE(seen, expected);
 
         if (f == Gone) {
@@ -266,32 +271,15 @@ private slots:
             QCOMPARE(int(StepNo), step);
     }
 
-    void receiveGuards_data()
-    {
-        QTest::addColumn<int>("step");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<bool>("ignored");
-        const QByteArray longAck = QByteArray(1, 0x06) + "7A";
-        QTest::newRow("long answer to the zero bit") << 52 << 0 << longAck << true;
-        QTest::newRow("long answer to a parameter write") << 9 << 0 << longAck << false;
-        QTest::newRow("two characters to the zero bit") << 52 << 0 << QByteArray("\x06" "A") << false;
-        QTest::newRow("step 20 without STX and ETX") << 20 << 2 << QByteArray("05000000") << true;
-        QTest::newRow("step 20 with ETX only") << 20 << 2 << QByteArray("050000\x03" "0") << false;
-        QTest::newRow("step 22 without STX and ETX") << 22 << 2 << QByteArray("05000000") << false;
-    }
-
+    void receiveGuards_data() { TableRows(kGuards); }
     void receiveGuards()
     {
-        QFETCH(int, step);
-        QFETCH(int, bytes);
-        QFETCH(QByteArray, reply);
-        QFETCH(bool, ignored);
-        const QStringList first = exchange(short(step), bytes, reply, false);
+        const Guard& c = TableRow(kGuards);
+        const QStringList first = exchange(short(c.step), c.bytes, c.reply, false);
         // Ignored: left to the clock, nothing re-sent yet. Taken: bad, so re-sent at once.
-        QCOMPARE(h->takeFrames(), ignored ? QStringList() : first);
-        QCOMPARE(int(Link().RetryCount), ignored ? 0 : 1);
-        QCOMPARE(int(StepNo), step);
+        QCOMPARE(h->takeFrames(), c.ignored ? QStringList() : first);
+        QCOMPARE(int(Link().RetryCount), c.ignored ? 0 : 1);
+        QCOMPARE(int(StepNo), c.step);
         QVERIFY(Link().Timer2.isActive());
     }
 

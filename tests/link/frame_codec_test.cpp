@@ -2,135 +2,133 @@
 
 #include "common/module1.h"
 #include "link/frame_codec.h"
+#include "link/link_engine.h"
 
-#include <QTest>
 #include <QTimer>
+
+namespace {
+// A row's kind names the routine it goes through:
+//   word: payload@index -> value; byte: hex digits -> value; address: device -> byte address;
+//   request: frame body -> device, devices covered, reply length, as the trace reads it back;
+//   reply: a reply to a read of 8 -> its payload, and "free" when the link takes it;
+//   words, bytes: device|count; write: device|data; block: step|first box|second box, written to D300 ->
+//     the frame's body|the reply length it leaves, which is the port's receive threshold;
+//   slot: value@index -> its 4 digits@their place in the 152 zeros of the write image; empty: no word, and
+//     stored it leaves the image blank at its full width.
+// Block writes: the parameter editors' steps are proven by their tests; these are the other sources. An
+// empty source blanks what was assembled before it, and nothing moves.
+struct Case {
+    const char *name, *kind, *input, *result;
+};
+const Case kCodec[] = {
+    {"largest positive word", "word", "FF7F@1", "32767"},
+    {"smallest negative word", "word", "0080@1", "-32768"},
+    {"all bits", "word", "FFFF@1", "-1"},
+    {"high byte alone", "word", "0001@1", "256"},
+    {"low byte first", "word", "D204@1", "1234"},
+    {"second word of a block", "word", "D2040080@2", "-32768"},
+    {"empty payload", "word", "@1", "0"},
+    {"largest byte", "byte", "FF", "255"},
+    {"one digit", "byte", "A", "10"},
+    {"third digit ignored", "byte", "123", "18"},
+    {"nothing", "byte", "", "0"},
+    {"first D word", "address", "D0", "1000"},
+    {"last D word", "address", "D511", "13FE"},
+    {"D beyond range falls to S0", "address", "D512", "0000"},
+    {"first special D", "address", "D8000", "0E00"},
+    {"last special D", "address", "D8255", "0FFE"},
+    {"special D beyond", "address", "D8256", "0000"},
+    {"last S", "address", "S999", "007C"},
+    {"S beyond range", "address", "S1000", "0000"},
+    {"last M", "address", "M1023", "017F"},
+    {"M beyond range", "address", "M1024", "0100"},
+    {"octal Y", "address", "Y62", "00A6"},
+    {"Y177 taken as octal 17", "address", "Y177", "00A1"},
+    {"Y beyond range", "address", "Y200", "00A0"},
+    {"unknown letter", "address", "X1", "0000"},
+    {"live block read back", "request", "0101640", "D11 32 132"},
+    {"a bit device by its byte's first bit", "request", "0007C02", "S992 16 8"},
+    {"write of a command bit", "request", "1001A020800", "S208 16 1"},
+    {"special D written", "request", "10E000401000200", "D8000 2 1"},
+    {"octal Y read back", "request", "000A602", "Y60 16 8"},
+    {"last M byte", "request", "0017F01", "M1016 8 6"},
+    {"outside the console's areas: the address", "request", "000C002", "00C0 16 8"},
+    {"a reply is no request", "request", "0500", " 0 0"},
+    {"good reply", "reply", "\x02" "8000\x03" "7B", "8000 free"},
+    {"wrong checksum is accepted", "reply", "\x02" "8000\x03" "00", "8000 free"},
+    {"ETX one place early", "reply", "\x02" "800\x03" "7B0", ""},
+    {"one character short", "reply", "\x02" "8000\x03" "7", ""},
+    {"no STX", "reply", "08000\x03" "7B", ""},
+    {"NAK", "reply", "\x15" "0000000", ""},
+    {"live block", "words", "D11|32", "0101640|132"},
+    {"status bits", "bytes", "S998|2", "0007C02|8"},
+    {"hardware init pulse", "write", "S211|0800", "1001A020800|1"},
+    {"data shorter than digits", "write", "D43|12", "110560212|1"},
+    {"vibrator times from the main form", "block", "72|5|-1", "11258040500FFFF|1"},
+    {"empty first box", "block", "72||-1", "1125804    FFFF|1"},
+    {"empty last box blanks all", "block", "72|5|", "1125804        |1"},
+    {"parameter block, empty first word", "block", "9||-1", "1125804    FFFF|1"},
+    {"aggregate block, empty last word", "block", "109|5|", "1125804        |1"},
+    {"no source: blanks stay", "block", "8|5|-1", "1125804        |1"},
+    {"test weight of a form not loaded", "block", "54|5|-1", "1125804        |1"},
+    {"1234 low byte first", "slot", "1234@1", "D204@0"},
+    {"-1 wraps", "slot", "-1@2", "FFFF@4"},
+    {"70000 drops high bits", "slot", "70000@3", "7011@8"},
+    {"half rounds to even", "slot", "2.5@4", "0200@12"},
+    {"text with unit", "slot", "15kg@5", "0F00@16"},
+    {"index beyond 38 lands in the last word", "slot", "2@40", "0200@148"},
+    {"empty source", "slot", "@3", ""},
+    {"index below 1", "slot", "7@0", ""},
+};
+}  // namespace
 
 class FrameCodecTest : public QObject {
     Q_OBJECT
 private slots:
-    // Decoding where it turns: the sign of a word, a hex byte, each device's last and first bad number, and
-    // a request read back for the link's trace (device, devices covered, reply length).
-    void decodingAtItsBoundaries_data()
+    void codec_data() { TableRows(kCodec); }
+    void codec()
     {
-        QTest::addColumn<QString>("kind");  // word (payload@index), byte, address or request (frame body)
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("result");
-        const struct { const char *kind, *input, *result, *name; } rows[] = {
-            {"word", "FF7F@1", "32767", "largest positive word"},
-            {"word", "0080@1", "-32768", "smallest negative word"},
-            {"word", "FFFF@1", "-1", "all bits"},
-            {"word", "0001@1", "256", "high byte alone"},
-            {"word", "D204@1", "1234", "low byte first"},
-            {"word", "D2040080@2", "-32768", "second word of a block"},
-            {"word", "@1", "0", "empty payload"},
-            {"byte", "FF", "255", "largest byte"},
-            {"byte", "7F", "127", "hex digits"},
-            {"byte", "A", "10", "one digit"},
-            {"byte", "123", "18", "third digit ignored"},
-            {"byte", "", "0", "nothing"},
-            {"address", "D0", "1000", "first D word"},
-            {"address", "D511", "13FE", "last D word"},
-            {"address", "D512", "0000", "D beyond range falls to S0"},
-            {"address", "D8000", "0E00", "first special D"},
-            {"address", "D8255", "0FFE", "last special D"},
-            {"address", "D8256", "0000", "special D beyond"},
-            {"address", "S999", "007C", "last S"},
-            {"address", "S1000", "0000", "S beyond range"},
-            {"address", "M1023", "017F", "last M"},
-            {"address", "M1024", "0100", "M beyond range"},
-            {"address", "Y62", "00A6", "octal Y"},
-            {"address", "Y177", "00A1", "Y177 taken as octal 17"},
-            {"address", "Y200", "00A0", "Y beyond range"},
-            {"address", "X1", "0000", "unknown letter"},
-            {"request", "0101640", "D11 32 132", "live block read back"},
-            {"request", "0007C02", "S992 16 8", "a bit device by its byte's first bit"},
-            {"request", "1001A020800", "S208 16 1", "write of a command bit"},
-            {"request", "10E000401000200", "D8000 2 1", "special D written"},
-            {"request", "000A602", "Y60 16 8", "octal Y"},
-            {"request", "0017F01", "M1016 8 6", "last M byte"},
-            {"request", "000C002", "00C0 16 8", "outside the console's areas: the address"},
-            {"request", "0500", " 0 0", "a reply is no request"},
-        };
-        for (const auto& r : rows)
-            QTest::newRow(r.name) << r.kind << r.input << r.result;
-    }
-    void decodingAtItsBoundaries()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QString, input);
-        QFETCH(QString, result);
-        if (kind == QLatin1String("word"))
-            QCOMPARE(QString::number(GetWordFromPayload(input.section('@', 1).toInt(), input.section('@', 0, 0))),
-                     result);
-        else if (kind == QLatin1String("byte"))
-            QCOMPARE(QString::number(HexByteToInt(input)), result);
-        else if (kind == QLatin1String("request")) {
-            const RequestFrame r = DecodeRequestFrame(Frame(input));
-            QCOMPARE(QStringLiteral("%1 %2 %3").arg(r.device).arg(r.count).arg(r.awaited), result);
-        } else
-            QCOMPARE(DeviceToAddress(input), result);
-    }
-
-    // The reply length each request leaves behind is the receive threshold of the port.
-    void frames_data()
-    {
-        QTest::addColumn<QString>("device");
-        QTest::addColumn<int>("words");  // negative: bytes; 0: a write of data as four digits
-        QTest::addColumn<QString>("data");
-        QTest::addColumn<QString>("body");
-        QTest::addColumn<int>("replyLen");
-        QTest::newRow("live block") << "D11" << 32 << "" << "0101640" << 132;
-        QTest::newRow("status bits") << "S998" << -2 << "" << "0007C02" << 8;
-        QTest::newRow("hardware init pulse") << "S211" << 0 << "0800" << "1001A020800" << 1;
-        QTest::newRow("data shorter than digits") << "D43" << 0 << "12" << "110560212" << 1;
-    }
-    void frames()
-    {
-        QFETCH(QString, device);
-        QFETCH(int, words);
-        QFETCH(QString, data);
-        QFETCH(QString, body);
-        QFETCH(int, replyLen);
-        ExpectedReplyLen = 0;
-        const QString f = words > 0   ? BuildReadFrameWords(device, short(words))
-                          : words < 0 ? BuildReadFrameBytes(device, short(-words))
-                                      : BuildWriteFrame(device, data, 4);
-        QCOMPARE(f, Frame(body));
-        QCOMPARE(int(ExpectedReplyLen), replyLen);
-    }
-
-    void dataSlot_data()
-    {
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("word");  // the 4 digits expected at the index
-        QTest::newRow("1234 low byte first") << "1234" << 1 << "D204";
-        QTest::newRow("-1 wraps") << "-1" << 2 << "FFFF";
-        QTest::newRow("70000 drops high bits") << "70000" << 3 << "7011";
-        QTest::newRow("half rounds to even") << "2.5" << 4 << "0200";
-        QTest::newRow("text with unit") << "15kg" << 5 << "0F00";
-        QTest::newRow("index beyond 38 lands in the last word") << "2" << 40 << "0200";
-        // No word: the result is empty, and stored it leaves the image blank at its full width.
-        QTest::newRow("empty source") << "" << 3 << "";
-        QTest::newRow("index below 1") << "7" << 0 << "";
-    }
-    void dataSlot()
-    {
-        QFETCH(QString, value);
-        QFETCH(int, index);
-        QFETCH(QString, word);
+        const Case& c = TableRow(kCodec);
+        const QString kind = QLatin1String(c.kind), in = QLatin1String(c.input), at = in.section('@', 1);
+        const QStringList arg = in.split('|');
+        QString got, want = QLatin1String(c.result);
         WriteImage = QString(152, QLatin1Char('0'));
-        const QString image = ValueToDataSlot(value, index);
-        if (word.isEmpty()) {
-            QVERIFY(image.isEmpty());
-            StoreWriteImage(image);
-            QCOMPARE(WriteImage, QString(152, QLatin1Char(' ')));
-            return;
+        ExpectedReplyLen = 8;
+        SendFlag = false;
+        if (kind == "word") {
+            got = QString::number(GetWordFromPayload(at.toInt(), in.section('@', 0, 0)));
+        } else if (kind == "byte") {
+            got = QString::number(HexByteToInt(in));
+        } else if (kind == "address") {
+            got = DeviceToAddress(in);
+        } else if (kind == "request") {
+            const RequestFrame r = DecodeRequestFrame(Frame(in));
+            got = QStringLiteral("%1 %2 %3").arg(r.device).arg(r.count).arg(r.awaited);
+        } else if (kind == "reply") {
+            got = Link().ReplyPayload(in);
+            got += SendFlag ? " free" : "";
+        } else if (kind == "slot") {
+            got = ValueToDataSlot(in.section('@', 0, 0), at.toInt());
+            if (want.isEmpty()) {
+                StoreWriteImage(got);
+                got += WriteImage;
+                want = QString(152, QLatin1Char(' '));
+            } else {
+                want = QString(152, QLatin1Char('0')).replace(want.section('@', 1).toInt(), 4, want.section('@', 0, 0));
+            }
+        } else {
+            ExpectedReplyLen = 0;
+            StepNo = short(arg[0].toInt());
+            Link().TxtDCansd[0] = Link().Pfd[0] = arg.value(1);
+            Link().TxtDCansd[1] = Link().Pfd[1] = arg.value(2);
+            got = kind == "words"   ? BuildReadFrameWords(arg[0], short(arg[1].toInt()))
+                  : kind == "bytes" ? BuildReadFrameBytes(arg[0], short(arg[1].toInt()))
+                  : kind == "write" ? BuildWriteFrame(arg[0], arg[1], 4)
+                                    : GetWrite_PLCD(QStringLiteral("D300"), 2);
+            got += '|' + QString::number(ExpectedReplyLen);
+            want = Frame(want.section('|', 0, 0)) + '|' + want.section('|', 1);
         }
-        const int at = 4 * (qMin(index, 38) - 1);
-        QCOMPARE(image.mid(at, 4), word);
-        QCOMPARE(QString(image).remove(at, 4), QString(148, QLatin1Char('0')));
+        QCOMPARE(got, want);
     }
 
     void checksumYieldsPerCharacter()
@@ -138,9 +136,8 @@ private slots:
         // A tick that is due while a frame is summed runs inside the summing.
         bool ran = false;
         QTimer::singleShot(0, [&] { ran = true; });
-        const QString sum = FrameChecksum(QStringLiteral("0101640") + QChar(3));
+        QCOMPARE(FrameChecksum(QStringLiteral("0101640") + QChar(3)), QStringLiteral("5F"));
         QVERIFY(ran);
-        QCOMPARE(sum, QStringLiteral("5F"));
     }
 };
 

@@ -1,19 +1,65 @@
+// The link at work with no form behind its requests, and its trace as the engineer reads it: what each way of
+// failing leaves in the ring, the file written before the fault box, and how many such files stay. The
+// re-send clock is ticked by hand.
 #include "test_support.h"
 
 #include "common/module1.h"
-#include "common/form_access.h"
+#include "common/text_file.h"
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
+#include "link/link_trace.h"
 
-#include <QTest>
+#include <QDir>
+#include <QRegularExpression>
 
-// Reads of the calibration status (step 60) have no form behind them: the plain link at work.
-static void sendStatusRead()
+namespace {
+void tick() { QMetaObject::invokeMethod(&Link().Timer2, "timeout"); }
+
+// Step 60 reads two bytes of S998; step 61 writes a word to S212. Neither has a form behind it.
+void request(bool write)
 {
-    StepNo = 60;
+    StepNo = write ? 61 : 60;
     SendFlag = true;
-    send_recieve(BuildReadFrameBytes(QStringLiteral("S998"), 2));
+    send_recieve(write ? BuildWriteFrame(QStringLiteral("S212"), QStringLiteral("0000"), 4)
+                       : BuildReadFrameBytes(QStringLiteral("S998"), 2));
 }
+
+// The ring as "sent/outcome" per exchange, with the reply's characters where the row asks for them.
+QStringList ringSummary(bool withReply)
+{
+    QStringList out;
+    const LinkTraceRing& r = LinkTrace();
+    for (quint64 s = r.firstSeq(); s <= r.lastSeq() && s > 0; ++s) {
+        const TraceExchange& x = *r.at(s);
+        const char* send = x.outcome == TraceOutcome::Dropped ? "" : x.resent ? "re-sent/" : "sent/";
+        out << QLatin1String(send) + TraceOutcomeText(x.outcome) +
+                   (withReply && !x.reply.isEmpty() ? QLatin1Char(' ') + ShowLineChars(x.reply) : QString());
+    }
+    return out;
+}
+
+using F = plcsim::Fault;
+// The fault of the first answer, the ticks of the re-send clock before the controller answers, the ring.
+const struct Outcome {
+    const char* name;
+    bool write;
+    F fault;
+    int ticks;
+    const char* ring;
+} kOutcomes[] = {
+    {"read answered", false, F::None, 0, "sent/reply taken <STX>0000<ETX>C3"},
+    {"write acknowledged", true, F::None, 0, "sent/acknowledged <ACK>"},
+    {"NAK to a write, re-sent at once", true, F::Nak, 0, "sent/NAK <NAK>|re-sent/acknowledged <ACK>"},
+    {"NAK to a read, seen at the re-send", false, F::Nak, 1, "sent/NAK <NAK>|re-sent/reply taken <STX>0000<ETX>C3"},
+    {"no reply, then answered", false, F::NoReply, 1, "sent/timed out|re-sent/reply taken <STX>0000<ETX>C3"},
+    {"short read, seen at the re-send", false, F::Short, 1,
+     "sent/short <STX>0000<ETX>|re-sent/reply taken <STX>0000<ETX>C3"},
+    {"long reply to a write", true, F::Long, 0, "sent/long|re-sent/acknowledged <ACK>"},
+    {"garbage of the right length", false, F::Garbage, 0, "sent/garbage|re-sent/reply taken <STX>0000<ETX>C3"},
+    {"late: owed while the next request waits", false, F::Late, 1,
+     "sent/late <STX>0000<ETX>C3|re-sent/reply taken <STX>0000<ETX>C3|sent/reply taken <STX>0000<ETX>C3"},
+};
+}  // namespace
 
 class LinkEngineTest : public QObject {
     Q_OBJECT
@@ -22,68 +68,20 @@ private slots:
     {
         h = new ConsoleHarness;
         h->connectLink();
+        Link().Timer2.setInterval(3600 * 1000);  // only the test's own ticks
+        LinkTrace().clear();
     }
-    void cleanup() { delete h; }
-
-    void sendWhileBusyIsDropped()
+    void cleanup()
     {
-        SendFlag = false;
-        Link().Timer2.stop();
-        StepNo = 60;
-        send_recieve(BuildReadFrameBytes(QStringLiteral("S998"), 2));
-        QTest::qWait(20);
-        QVERIFY(h->takeFrames().isEmpty());
-        QVERIFY(!Link().Timer2.isActive());
-    }
-
-    void replyShape_data()
-    {
-        QTest::addColumn<QString>("reply");
-        QTest::addColumn<QString>("payload");
-        const QString s(QChar(2)), e(QChar(3));
-        QTest::newRow("good") << s + "8000" + e + "7B" << "8000";
-        QTest::newRow("wrong checksum is accepted") << s + "8000" + e + "00" << "8000";
-        QTest::newRow("ETX one place early") << s + "800" + e + "7B0" << "";
-        QTest::newRow("one character short") << s + "8000" + e + "7" << "";
-        QTest::newRow("no STX") << "08000" + e + "7B" << "";
-        QTest::newRow("NAK") << QString(QChar(0x15)) + "0000000" << "";
-    }
-    void replyShape()
-    {
-        QFETCH(QString, reply);
-        QFETCH(QString, payload);
-        ExpectedReplyLen = 8;
-        SendFlag = false;
-        QCOMPARE(Link().ReplyPayload(reply), payload);
-        QCOMPARE(SendFlag, !payload.isEmpty());
-    }
-
-    // The ninth failure ends in the fault box (in English and with another port: gluedEnglishKeepsItsBlank).
-    void eightResendsThenTheFault()
-    {
-        MbAnswerer mb;
-        h->sim.injectFault(plcsim::Fault::Unplugged);
-        Link().Timer1.start();
-        sendStatusRead();
-        Link().Timer2.stop();  // the ticks are driven by hand below
-        for (int i = 1; i <= 8; ++i) Link().RetryRequest();
-        QTest::qWait(10);
-        QCOMPARE(h->takeFrames().size(), 9);
-        QVERIFY(mb.texts.isEmpty());
-        Link().RetryRequest();
-        QCOMPARE(mb.texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
-                                                      "3、通讯线是否接在端口:Com2,且接触良好。")});
-        QCOMPARE(mb.errorIcons, QList<bool>{true});
-        QCOMPARE(int(StepNo), 444);
-        QCOMPARE(int(Link().RetryCount), 0);
-        QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
-        QVERIFY(h->takeFrames().isEmpty());
+        delete h;
+        Link().Timer2.setInterval(1000);
+        Link().LateReplyHorizonMs = 2000;
     }
 
     void formMovedOnStopsResends()
     {
-        h->sim.injectFault(plcsim::Fault::Unplugged);
-        sendStatusRead();
+        h->sim.injectFault(F::Unplugged);
+        request(false);
         StepNo = 444;
         Link().RetryRequest();
         Link().RetryRequest();
@@ -105,19 +103,19 @@ private slots:
     {
         QFETCH(bool, formReturns);
         Link().LateReplyHorizonMs = 300;
-        h->sim.injectFault(plcsim::Fault::NoReply);
-        sendStatusRead();
+        h->sim.injectFault(F::NoReply);
+        request(false);
         QCoreApplication::processEvents();
         Link().RetryRequest();
         QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
         QCOMPARE(h->takeFrames().size(), 2);
-        sendStatusRead();
-        sendStatusRead();
+        request(false);
+        request(false);
         QCOMPARE(h->takeFrames().size(), 0);
         QVERIFY(!SendFlag && Link().Timer2.isActive());
         if (formReturns) {
             Link().Timer2.stop();
-            h->sim.injectFault(plcsim::Fault::NoReply);
+            h->sim.injectFault(F::NoReply);
         }
         QStringList sent;
         QTRY_VERIFY(!(sent += h->takeFrames()).isEmpty());
@@ -126,39 +124,108 @@ private slots:
             QVERIFY(!SendFlag && !Link().Timer2.isActive());
         else
             QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
-        Link().LateReplyHorizonMs = 2000;
     }
 
-    // The parameter editors' own steps are proven by their tests; these are the other sources. The image
-    // is of fixed width: an empty source blanks what was assembled before it, and nothing moves.
-    void blockWriteTakesItsBoxesByStep_data()
+    void outcomes_data() { TableRows(kOutcomes); }
+    void outcomes()
     {
-        QTest::addColumn<int>("step");
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
-        QTest::addColumn<QString>("data");
-        QTest::newRow("vibrator times from the main form") << 72 << "5" << "-1" << "0500FFFF";
-        QTest::newRow("empty first box") << 72 << "" << "-1" << "    FFFF";
-        QTest::newRow("empty last box blanks all") << 72 << "5" << "" << "        ";
-        QTest::newRow("parameter block, empty first word") << 9 << "" << "-1" << "    FFFF";
-        QTest::newRow("aggregate block, empty last word") << 109 << "5" << "" << "        ";
-        QTest::newRow("no source: blanks stay") << 8 << "5" << "-1" << "        ";
-        QTest::newRow("test weight of a form not loaded") << 54 << "5" << "-1" << "        ";
+        const Outcome& c = TableRow(kOutcomes);
+        h->sim.setLateMs(100);
+        h->sim.injectFault(c.fault);
+        request(c.write);
+        QCoreApplication::processEvents();  // what the controller answers at once has come
+        for (int i = 0; i < c.ticks; ++i) tick();
+        QTRY_VERIFY(SendFlag);
+        if (c.fault == F::Late)
+            request(c.write);  // waits for the first send's reply, which comes late
+        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
+        QStringList seen = ringSummary(true);
+        // The garbage and the long tail are the simulator's random characters: only their outcome counts.
+        if (c.fault == F::Garbage || c.fault == F::Long)
+            seen[0] = seen[0].section(QLatin1Char(' '), 0, 0);
+        QCOMPARE(seen, QString::fromLatin1(c.ring).split('|'));
     }
-    void blockWriteTakesItsBoxesByStep()
+
+    // A send while a request is out goes nowhere and leaves the clock alone, also once the form has stopped it.
+    void droppedWhileBusy()
     {
-        QFETCH(int, step);
-        QFETCH(QString, first);
-        QFETCH(QString, second);
-        QFETCH(QString, data);
-        Link().TxtDCansd[0] = first;
-        Link().TxtDCansd[1] = second;
-        Link().Pfd[0] = first;
-        Link().Pfd[1] = second;
-        StepNo = short(step);
-        const QString frame = GetWrite_PLCD(QStringLiteral("D300"), 2);
-        QCOMPARE(frame.mid(1, 7), QStringLiteral("1125804"));
-        QCOMPARE(frame.mid(8, frame.size() - 11), data);
+        h->sim.injectFault(F::Unplugged);
+        request(false);
+        Link().Timer2.stop();
+        StepNo = 61;
+        send_recieve(BuildWriteFrame(QStringLiteral("S212"), QStringLiteral("0000"), 4));
+        QTest::qWait(20);
+        QCOMPARE(h->takeFrames().size(), 1);
+        QVERIFY(!Link().Timer2.isActive());
+        QCOMPARE(ringSummary(false), (QStringList{"sent/waiting", "dropped"}));
+        tick();  // the time-out is the request's that is out, not the dropped one's
+        QCOMPARE(ringSummary(false), (QStringList{"sent/timed out", "dropped"}));
+    }
+
+    // The controller stays silent: nine sends, nine time-outs, then the file in ProgramErr before the fault
+    // box, and the error log names it. The link stops with the box.
+    void faultLeavesTheTraceFile()
+    {
+        MbAnswerer mb;
+        h->sim.injectFault(F::Unplugged);
+        Link().Timer1.start();
+        request(false);
+        for (int i = 0; i < 9; ++i) tick();
+        QTRY_COMPARE(mb.texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n"
+                                                          "2、下位机是否正常运行；\n3、通讯线是否接在端口:Com2,且接触良好。")});
+        QCOMPARE(mb.errorIcons, QList<bool>{true});
+        QCOMPARE(int(StepNo), 444);
+        QCOMPARE(int(Link().RetryCount), 0);
+        QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
+        QCOMPARE(h->takeFrames().size(), 9);
+        const QString file = QDir(h->path(QStringLiteral("ProgramErr")))
+                                 .entryInfoList({QStringLiteral("LinkTrace-*.txt")}, QDir::Files)
+                                 .value(0)
+                                 .filePath();
+        QStringList lines, want;
+        QVERIFY(TextFile::readLines(file, &lines));
+        QVERIFY(lines.takeFirst().startsWith(QStringLiteral("Link trace of ORVAPLCCOM, port Com2, written ")));
+        lines.removeFirst();
+        // Each line: milliseconds, direction, step, the characters and what became of them.
+        QList<qint64> times;
+        for (QString& l : lines) {
+            times << l.section(' ', 0, 0, QString::SectionSkipEmpty).toLongLong();
+            l.remove(QRegularExpression(QStringLiteral("^ *\\d+  ")));
+        }
+        for (int i = 0; i < 9; ++i)
+            want << QStringLiteral("out    60  <STX>0007C02<ETX>6F  ") + (i ? "re-sent" : "sent")
+                 << QStringLiteral("in     60  -  timed out");
+        QCOMPARE(lines, want);
+        QVERIFY(std::is_sorted(times.begin(), times.end()));
+        QVERIFY2(ErrorLogText().contains(QStringLiteral("ProgramErr/") + QFileInfo(file).fileName()),
+                 qPrintable(ErrorLogText()));
+    }
+
+    // The newest files stay; only trace files count, and only the oldest of them go.
+    void keepsTheNewestFiles_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("gone");  // how many of the oldest went
+        QTest::newRow("19 before: all stay") << 19 << 0;
+        QTest::newRow("20 before: the oldest goes") << 20 << 1;
+        QTest::newRow("25 before: six go") << 25 << 6;
+    }
+    void keepsTheNewestFiles()
+    {
+        QFETCH(int, before);
+        QFETCH(int, gone);
+        const QString folder = h->path(QStringLiteral("ProgramErr"));
+        QDir().mkpath(folder);
+        QStringList old;
+        for (int i = 0; i < before; ++i) {
+            old << QStringLiteral("LinkTrace-202601%1-090000-000.txt").arg(i + 1, 2, 10, QLatin1Char('0'));
+            QVERIFY(TextFile::writeLines(folder + QLatin1Char('/') + old.last(), {QStringLiteral("x")}));
+        }
+        QVERIFY(TextFile::writeLines(folder + QStringLiteral("/20261ErrLog.txt"), {QStringLiteral("x")}));
+        WriteTraceFile(LinkTrace(), folder, QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)));
+        const QStringList kept =
+            QStringList{"20261ErrLog.txt"} + old.mid(gone) + QStringList{"LinkTrace-20260305-140322-000.txt"};
+        QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name), kept);
     }
 
 private:
