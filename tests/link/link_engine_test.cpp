@@ -78,6 +78,17 @@ private slots:
         Link().LateReplyHorizonMs = 2000;
     }
 
+    // The periods the controller's program and the operators count on: a live reading every 400 ms, a
+    // re-send a second after an unanswered request, the countdown by the second; a login sets them anew.
+    void clockPeriods()
+    {
+        LinkEngine fresh;
+        fresh.Timer1.setInterval(50);
+        fresh.resetForLogin();
+        const QList<int> periods{fresh.Timer1.interval(), fresh.Timer2.interval(), fresh.Timer3.interval()};
+        QCOMPARE(periods, (QList<int>{400, 1000, 1000}));
+    }
+
     void formMovedOnStopsResends()
     {
         h->sim.injectFault(F::Unplugged);
@@ -178,10 +189,10 @@ private slots:
         QCOMPARE(int(Link().RetryCount), 0);
         QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
         QCOMPARE(h->takeFrames().size(), 9);
-        const QString file = QDir(h->path(QStringLiteral("ProgramErr")))
-                                 .entryInfoList({QStringLiteral("LinkTrace-*.txt")}, QDir::Files)
-                                 .value(0)
-                                 .filePath();
+        const QFileInfoList files = QDir(h->path(QStringLiteral("ProgramErr")))
+                                        .entryInfoList({QStringLiteral("LinkTrace-*.txt")}, QDir::Files);
+        QCOMPARE(files.size(), 1);
+        const QString file = files[0].filePath();
         QStringList lines, want;
         QVERIFY(TextFile::readLines(file, &lines));
         QVERIFY(lines.takeFirst().startsWith(QStringLiteral("Link trace of ORVAPLCCOM, port Com2, written ")));
