@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <ctime>
 
 namespace {
@@ -197,32 +198,22 @@ QString TraceOutcomeText(TraceOutcome outcome)
 
 QString ShowLineChars(const QByteArray& bytes)
 {
+    static const struct {
+        quint8 code;
+        const char* name;
+    } kControls[] = {{0x02, "<STX>"}, {0x03, "<ETX>"}, {0x05, "<ENQ>"}, {0x06, "<ACK>"}, {0x15, "<NAK>"}};
     QString s;
     s.reserve(bytes.size() + 16);
     for (const char ch : bytes) {
         const auto c = quint8(ch);
-        switch (c) {
-        case 0x02:
-            s += QLatin1String("<STX>");
-            break;
-        case 0x03:
-            s += QLatin1String("<ETX>");
-            break;
-        case 0x05:
-            s += QLatin1String("<ENQ>");
-            break;
-        case 0x06:
-            s += QLatin1String("<ACK>");
-            break;
-        case 0x15:
-            s += QLatin1String("<NAK>");
-            break;
-        default:
-            if (c < 0x20 || c > 0x7E || c == '<')
-                s += QStringLiteral("<%1>").arg(c, 2, 16, QLatin1Char('0')).toUpper();
-            else
-                s += QLatin1Char(char(c));
-        }
+        const auto named = std::find_if(std::begin(kControls), std::end(kControls),
+                                        [c](const auto& k) { return k.code == c; });
+        if (named != std::end(kControls))
+            s += QLatin1String(named->name);
+        else if (c < 0x20 || c > 0x7E || c == '<')
+            s += QStringLiteral("<%1>").arg(c, 2, 16, QLatin1Char('0')).toUpper();
+        else
+            s += QLatin1Char(char(c));
     }
     return s;
 }
