@@ -13,6 +13,9 @@
 
 using plcsim::Fault;
 
+// A status caption as text and colour.
+inline QString Status(QLabel* l) { return l->text() + '/' + TextColor(l).name(); }
+
 // A second base of each test class: setUp() in init(), tearDown() in cleanup().
 struct PlantRig {
     ConsoleHarness* h = nullptr;
@@ -33,6 +36,30 @@ struct PlantRig {
     {
         Forms::show(QLatin1String(name));
         return qobject_cast<F*>(Forms::loaded(QLatin1String(name)));
+    }
+    // Clicks `button` with the controller refusing the first `naks` requests: the status line as the click
+    // leaves it, then after each reply, as text/colour/shown or hidden.
+    QStringList statusPerReply(QLabel* status, QWidget* button, int naks = 0)
+    {
+        QStringList seen;
+        const auto look = [&] { seen << Status(status) + (status->isVisible() ? "/shown" : "/hidden"); };
+        const QMetaObject::Connection c = QObject::connect(&h->sim, &plcsim::Controller::reply, look);
+        if (naks > 0)
+            h->sim.injectFault(Fault::Nak, naks);
+        ClickOn(button);
+        look();
+        if (!QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }))
+            seen << "the link still busy";
+        QObject::disconnect(c);
+        return seen;
+    }
+    // Clicks `back` with `answer` ready for a question: the questions asked.
+    QStringList leave(QWidget* back, bool answer = false)
+    {
+        mb->texts.clear();
+        mb->queue(answer);
+        ClickOn(back);
+        return mb->texts;
     }
 };
 
@@ -55,5 +82,3 @@ inline void Edit(QWidget* f, const QStringList& edits)
         Box(f, e.section('=', 0, 0).toInt())->setText(e.section('=', 1));
 }
 
-// A status caption as text and colour.
-inline QString Status(QLabel* l) { return l->text() + '/' + TextColor(l).name(); }

@@ -6,6 +6,7 @@
 namespace {
 const QString kAskSet = QStringLiteral("是否设定当前时间参数?");
 const QString kRange = QStringLiteral("请检查!振动时间设定的输入范围为:");
+const QString kAskReturn = QStringLiteral("振动器时间更改后未设定，是否返回?");
 
 // Field i at 10 i + from, the spare vibrator of scale 3 (fields 4 to 7) at its own four values.
 QList<int> block(int from, const QList<int>& spare)
@@ -18,43 +19,43 @@ QList<int> block(int from, const QList<int>& spare)
 // Registers shown rounded up to whole seconds, and the tenths they go back as; spare ones show the rounding.
 const QList<int> kRegisters = block(5, {35, 5, 4, 600});
 const QList<int> kWrittenBack = block(10, {40, 10, 0, 600});
+const QList<int> kEdited = [] {
+    QList<int> w = kWrittenBack;
+    w[8] = 300;
+    return w;
+}();
 
-// Spare vibrators go back with what they held, rounded like the others.
+// Spare vibrators go back with what they held, rounded like the others. Then the return, answered No: an
+// acknowledged write holds until a key is pressed in a box.
 const struct Write {
     const char *name, *button;
-    bool nak;
+    QStringList edits;
+    int naks;
     QString question;
     QList<int> words;
+    bool key;
 } kWrites[] = {
-    {"as read, rounded", "lblBdOk", false, kAskSet, kWrittenBack},
-    {"defaults at once", "cmdDefault", false, "是否要初始化参数?",
-     {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10}},
-    {"refused once, then taken", "ImgBdOk", true, kAskSet, kWrittenBack},
+    {"as read, rounded", "lblBdOk", {}, 0, kAskSet, kWrittenBack, false},
+    {"defaults at once", "cmdDefault", {}, 0, "是否要初始化参数?",
+     {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10}, false},
+    {"refused once, then taken", "ImgBdOk", {}, 1, kAskSet, kWrittenBack, false},
+    {"edited, a key after the write", "ImgBdOk", {"8=30"}, 0, kAskSet, kEdited, true},
 };
 
-// focus -1: the question came.
+// focus -1: the question came. Then the return, answered No: asked whenever a value was changed.
 const struct Check {
     const char* name;
     QStringList edits;
     QString message;
     int tab, focus;
-} kChecks[] = {
-    {"0 in a pause field", {"0=0"}, kRange + "(1-60)S", 0, 0},
-    {"0 passes in a vibration field, 61 does not", {"1=0", "3=61"}, kRange + "(0-60)S", 0, 3},
-    {"60 passes in both; a powder field opens its tab", {"0=60", "1=60", "17=61"}, kRange + "(0-60)S", 1, 17},
-    {"a spare vibrator is not checked", {"4=99", "6=0"}, kAskSet, 0, -1},
-    {"the pair below the form keeps the tab", {"26=0"}, kRange + "(1-60)S", 0, 26},
-};
-
-// What follows an edit.
-const struct Return {
-    const char *name, *after;
     bool asked;
-} kReturns[] = {
-    {"edited, not written", "", true},
-    {"written and acknowledged", "write", false},
-    {"a key after the write", "write key", true},
-    {"nothing edited", "untouched", false},
+} kChecks[] = {
+    {"0 in a pause field", {"0=0"}, kRange + "(1-60)S", 0, 0, true},
+    {"0 passes in a vibration field, 61 does not", {"1=0", "3=61"}, kRange + "(0-60)S", 0, 3, true},
+    {"60 passes in both; a powder field opens its tab", {"0=60", "1=60", "17=61"}, kRange + "(0-60)S", 1, 17, true},
+    {"a spare vibrator is not checked", {"4=99", "6=0"}, kAskSet, 0, -1, true},
+    {"the pair below the form keeps the tab", {"26=0"}, kRange + "(1-60)S", 0, 26, true},
+    {"typed as shown", {"6=0"}, kAskSet, 0, -1, false},
 };
 }  // namespace
 
@@ -74,20 +75,12 @@ private slots:
             ScaleVibrator[size_t(s)] = s == 3 ? 0 : 1;
         }
     }
-    void cleanup()
-    {
-        tearDown();
-        f = nullptr;
-    }
+    void cleanup() { tearDown(); }
 
     void blockWritten_data() { TableRows(kWrites); }
     void blockWritten()
     {
         const Write& c = TableRow(kWrites);
-        QStringList seen;  // the status line after each reply
-        connect(&h->sim, &plcsim::Controller::reply, this, [&] {
-            seen << (f ? Status(f->LbLCssdS) + (f->LbLCssdS->isVisible() ? "/shown" : "/hidden") : QString());
-        });
         open();
         QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0122038"))});  // D272, 56 bytes
         QStringList shown;
@@ -102,20 +95,22 @@ private slots:
         QCOMPARE(title(2)->text() + '|' + title(3)->text() + '|' + title(4)->text(), QStringLiteral("秤2振动器|备用振动器|备用振动器"));
         QVERIFY(!title(3)->isEnabled());
         QCOMPARE(Box(f, 0)->toolTip() + Box(f, 1)->toolTip(), QStringLiteral("输入范围为:(1-60)S输入范围为:(0-60)S"));
-        seen.clear();
-        if (c.nak)
-            h->sim.injectFault(Fault::Nak, 1);
-        ClickOn(Ctl(f, c.button));
-        QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定振动器时间,请稍候....../#ff0000"));
-        QTRY_VERIFY(VibSaved);
+        Edit(f, c.edits);
+        QStringList seen{"正在设定振动器时间,请稍候....../#ff0000/hidden", "振动器时间设定成功!/#008000/shown"};
+        if (c.naks)
+            seen.insert(1, "正在尝试继续振动器时间设定!/#ff0000/shown");
+        QCOMPARE(statusPerReply(f->LbLCssdS, Ctl(f, c.button), c.naks), seen);
+        QVERIFY(VibSaved);
         QCOMPARE(mb->texts, QStringList{c.question});
-        QCOMPARE(h->takeFrames(), QStringList(c.nak ? 2 : 1, Frame(QStringLiteral("1122038") + WordsHex(c.words))));
-        QStringList expected{"振动器时间设定成功!/#008000/shown"};
-        if (c.nak)
-            expected.prepend("正在尝试继续振动器时间设定!/#ff0000/shown");
-        QCOMPARE(seen, expected);
+        QCOMPARE(h->takeFrames(), QStringList(c.naks + 1, Frame(QStringLiteral("1122038") + WordsHex(c.words))));
         for (int i = 0; i < 28; ++i)
             QCOMPARE(h->sim.word(272 + i), short(c.words[i]));
+        if (c.key)
+            QTest::keyClick(Box(f, 8), Qt::Key_Shift);
+        QCOMPARE(leave(Ctl(f, "ImgReturn")), c.key ? QStringList{kAskReturn} : QStringList());
+        QTest::qWait(20);
+        QCOMPARE(Forms::loaded(QStringLiteral("ZDTime")) != nullptr, c.key);
+        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, !c.key);
     }
 
     void checkSkipsSpareFields_data() { TableRows(kChecks); }
@@ -135,29 +130,9 @@ private slots:
             QTRY_COMPARE(f->focusWidget(), Box(f, c.focus));
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
-    }
-
-    void questionOnReturn_data() { TableRows(kReturns); }
-    void questionOnReturn()
-    {
-        const Return& c = TableRow(kReturns);
-        const QString after = QLatin1String(c.after);
-        open();
-        if (after != QLatin1String("untouched"))
-            Box(f, 8)->setText(QStringLiteral("30"));
-        if (after.startsWith(QLatin1String("write"))) {
-            ClickOn(Ctl(f, "ImgBdOk"));
-            QTRY_VERIFY(VibSaved);
-        }
-        if (after.endsWith(QLatin1String("key")))
-            QTest::keyClick(Box(f, 8), Qt::Key_Shift);
-        mb->texts.clear();
-        mb->queue(false);  // No: stay
-        ClickOn(Ctl(f, "ImgReturn"));
-        QCOMPARE(mb->texts, c.asked ? QStringList{QStringLiteral("振动器时间更改后未设定，是否返回?")} : QStringList());
+        QCOMPARE(leave(Ctl(f, "ImgReturn")), c.asked ? QStringList{kAskReturn} : QStringList());
         QTest::qWait(20);
         QCOMPARE(Forms::loaded(QStringLiteral("ZDTime")) != nullptr, c.asked);
-        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, !c.asked);
     }
 
 private:
