@@ -39,18 +39,28 @@ const struct Option {
     {"belt runs while feeding, S500", "8000", "1234", "01010110010101", 1, "CheckPPd(0)", WriteFrame("003E", "1235")},
 };
 
-// The twins go out in tenths, a value read as 55 back as 55.
+const QString kAskReturn = QStringLiteral("时间配置更改后未设定，是否返回?");
+const QString kBusy = QStringLiteral("正在设定时间配置,请稍候....../#ff0000/hidden");
+const QString kDone = QStringLiteral("时间设定成功!/#008000/shown");
+const QString kRetry = QStringLiteral("正在尝试继续时间设定!/#ff0000/shown");
+// The twins go out in tenths, a value read as 55 back as 55. Then the return, answered No: a changed value
+// is asked about unless acknowledged, and again after a key in a box.
 const struct TimesSet {
     const char* name;
     QString button;
     QStringList edits;
-    bool nak;
+    int naks;
     QList<int> words;
+    QStringList statuses;
+    bool saved, key, asked;
 } kTimesSet[] = {
-    {"unchanged", "lblBdOk", {}, false, kTimes},
-    {"edited", "ImgBdOk", {"0=60", "3=5"}, false, {600, 50, 80, 50, 50, 50}},
-    {"defaults at once", "lblDefault", {"0=0"}, false, {50, 50, 80, 180, 50, 50}},
-    {"refused once, then taken", "ImgBdOk", {}, true, kTimes},
+    {"unchanged", "lblBdOk", {}, 0, kTimes, {kBusy, kDone}, true, false, false},
+    {"edited", "ImgBdOk", {"0=60", "3=5"}, 0, {600, 50, 80, 50, 50, 50}, {kBusy, kDone}, true, false, false},
+    {"defaults at once, a key after", "lblDefault", {"0=0"}, 0, {50, 50, 80, 180, 50, 50}, {kBusy, kDone}, true, true,
+     true},
+    {"refused once, then taken", "ImgBdOk", {}, 1, kTimes, {kBusy, kRetry, kDone}, true, false, false},
+    {"defaults refused every time", "cmdDefault", {}, 9, {50, 50, 80, 180, 50, 50},
+     QStringList{kBusy} + QStringList(9, kRetry), false, false, true},
 };
 
 // focus -1: the field is hidden.
@@ -66,18 +76,6 @@ const struct TimeFault {
     {"field 3 on tab 1, field 5 after it", kTimes, {"3=4", "5=31"}, "(5-60)S", 1, 3},
     {"31 opens the hopper tab", kTimes, {"5=31"}, "(0-30)S", 4, 5},
     {"hidden monitor time below range", {55, 50, 80, 180, 40, 50}, {}, "(5-60)S", 2, -1},
-};
-
-// What follows an edit of a time.
-const struct Return {
-    const char *name, *after;
-    bool asked;
-} kReturns[] = {
-    {"edited, not written", "", true},
-    {"written and acknowledged", "write", false},
-    {"a key after the write", "write key", true},
-    {"defaults refused by the controller", "refused defaults", true},
-    {"nothing edited", "untouched", false},
 };
 
 // A refused write: the fan's retry tip stays in sight, the valve's is hidden as soon as it is written.
@@ -189,6 +187,8 @@ private slots:
         QCOMPARE(check(c.click)->isChecked(), !wasTicked);
         QCOMPARE(Box(f, 0)->isEnabled(), check("Check1(3)")->isChecked());  // also when the ticked box was clicked
         QVERIFY(mb->texts.isEmpty());
+        QCOMPARE(leave(Ctl(f, "ImgReturn")), QStringList());  // the options are not times
+        QTRY_VERIFY(!Forms::loaded(QStringLiteral("Other")));
     }
 
     // S612 has been read, S500 not yet: the belt pair has no middle digits to send.
@@ -218,29 +218,24 @@ private slots:
         QVERIFY(h->takeFrames().isEmpty());
     }
 
-    // The status line after each reply.
     void timesWritten_data() { TableRows(kTimesSet); }
     void timesWritten()
     {
         const TimesSet& c = TableRow(kTimesSet);
         open(kTimes);
         h->takeFrames();
-        QStringList seen;
-        connect(&h->sim, &plcsim::Controller::reply, this, [&] { seen << Status(f->LbLCssdS); });
         Edit(f, c.edits);
-        if (c.nak)
-            h->sim.injectFault(Fault::Nak, 1);
-        ClickOn(Ctl(f, c.button));
-        QCOMPARE(Status(f->LbLCssdS), QStringLiteral("正在设定时间配置,请稍候....../#ff0000"));
-        QTRY_VERIFY(TimesSaved);
-        QCOMPARE(mb->texts, QStringList{c.button == "lblDefault" ? QStringLiteral("是否要初始化参数?") : kAskSet});
-        QCOMPARE(h->takeFrames(), QStringList(c.nak ? 2 : 1, timesWrite(c.words)));
-        QStringList expected{"时间设定成功!/#008000"};
-        if (c.nak)
-            expected.prepend("正在尝试继续时间设定!/#ff0000");
-        QCOMPARE(seen, expected);
-        QVERIFY(f->LbLCssdS->isVisible());
+        QCOMPARE(statusPerReply(f->LbLCssdS, Ctl(f, c.button), c.naks), c.statuses);
+        QCOMPARE(TimesSaved, c.saved);
+        QCOMPARE(mb->texts.value(0), c.button.endsWith("Default") ? QStringLiteral("是否要初始化参数?") : kAskSet);
+        QCOMPARE(mb->texts.size(), c.saved ? 1 : 2);  // the link fault after the ninth refusal
+        QCOMPARE(h->takeFrames(), QStringList(qMin(c.naks + 1, 9), timesWrite(c.words)));
         QCOMPARE(h->sim.word(218), short(c.words[3]));
+        if (c.key)
+            QTest::keyClick(Box(f, 2), Qt::Key_Shift);
+        QCOMPARE(leave(Ctl(f, "ImgReturn")), c.asked ? QStringList{kAskReturn} : QStringList());
+        QTest::qWait(20);
+        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, c.asked);
     }
 
     void timeCheckStopsAtFirstFault_data() { TableRows(kTimeFaults); }
@@ -262,8 +257,10 @@ private slots:
             QTRY_COMPARE(f->focusWidget(), Box(f, c.focus));
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
-        if (c.focus >= 0)
+        if (c.focus >= 0) {
+            QCOMPARE(leave(Ctl(f, "ImgReturn")), QStringList{kAskReturn});
             return;
+        }
         // The operator cannot see the monitor time: only the defaults bring it back into its range.
         ClickOn(Ctl(f, "LblBd(1)"));
         ClickOn(Ctl(f, "cmdDefault"));
@@ -273,33 +270,6 @@ private slots:
         ClickOn(Ctl(f, "ImgBdOk"));
         QCOMPARE(mb->texts, QStringList{kAskSet});
         QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
-    }
-
-    void questionOnReturn_data() { TableRows(kReturns); }
-    void questionOnReturn()
-    {
-        const QString after = QLatin1String(TableRow(kReturns).after);
-        open(kTimes);
-        if (after != QLatin1String("untouched"))
-            Box(f, 2)->setText(QStringLiteral("9"));
-        if (after.startsWith(QLatin1String("write"))) {
-            ClickOn(Ctl(f, "ImgBdOk"));
-            QTRY_VERIFY(TimesSaved);
-        }
-        if (after.endsWith(QLatin1String("key")))
-            QTest::keyClick(Box(f, 2), Qt::Key_Shift);
-        if (after == QLatin1String("refused defaults")) {
-            h->sim.injectFault(Fault::Nak, 9);
-            ClickOn(Ctl(f, "cmdDefault"));
-            QTRY_COMPARE(StepNo, short(444));  // the link gave up
-        }
-        mb->texts.clear();
-        mb->queue(false);  // No: stay
-        ClickOn(Ctl(f, "ImgReturn"));
-        const bool asked = TableRow(kReturns).asked;
-        QCOMPARE(mb->texts, asked ? QStringList{QStringLiteral("时间配置更改后未设定，是否返回?")} : QStringList());
-        QTest::qWait(20);
-        QCOMPARE(Forms::loaded(QStringLiteral("Other")) != nullptr, asked);
     }
 
     // Press and release write both bytes from S208; the outputs are read after the acknowledgement.
