@@ -37,7 +37,8 @@ const struct Write {
 } kWrites[] = {
     {"as read, rounded", "lblBdOk", {}, 0, kAskSet, kWrittenBack, false},
     {"defaults at once", "cmdDefault", {}, 0, "是否要初始化参数?",
-     {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10}, false},
+     {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10},
+     false},
     {"refused once, then taken", "ImgBdOk", {}, 1, kAskSet, kWrittenBack, false},
     {"edited, a key after the write", "ImgBdOk", {"8=30"}, 0, kAskSet, kEdited, true},
 };
