@@ -1,4 +1,5 @@
-// The parameter editors on the wire: Cansd for one scale, CansdAG for the aggregates' own block.
+// The parameter editors on the wire: Cansd for one scale, CansdAG for the aggregates' own block; and the
+// block's rules as the settings command meets them.
 #include "test_support.h"
 
 #include "common/error_log.h"
@@ -7,6 +8,7 @@
 #include "common/scale_table.h"
 #include "link/link_engine.h"
 #include "link/register_map.h"
+#include "params/param_block.h"
 #include "shell/app_setup.h"
 #include "shell/form_base.h"
 
@@ -16,6 +18,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <climits>
 #include <cmath>
 
 namespace {
@@ -54,19 +57,21 @@ const struct { const char *name; int scale; const char* boxes; int option; const
 };
 
 // Edits "box=text" (after the defaults: the text shown), the words written, whether the first write is
-// refused. Hidden rows hold 0 and go back as 0. The defaults need no check and no second question.
-const struct { const char *name; int scale; const char *button, *edits; QList<int> words; bool nak; } kWrites[] = {
-    {"aggregate, time rows in tenths", 0, "ImgBdOk", "0=1.26 2=4 3=150",
-     {13, 3, 40, 150, 20, 30, 300, 100, 30, 500, 60, 0, 0, 350, 0}, false},
+// refused, whether a key after the write makes leaving ask. Hidden rows hold 0 and go back as 0. The
+// defaults need no check and no second question.
+const struct { const char *name; int scale; const char *button, *edits; QList<int> words; bool nak, keyAfter; }
+    kWrites[] = {
+    {"aggregate, time rows in tenths, then a key", 0, "ImgBdOk", "0=1.26 2=4 3=150",
+     {13, 3, 40, 150, 20, 30, 300, 100, 30, 500, 60, 0, 0, 350, 0}, false, true},
     {"water defaults: 3.0, stored as 30", 7, "cmdDefault", "10=3.0",
-     {3, 3, 50, 200, 60, 200, 1000, 50, 50, 500, 30, 30, 30, 250, 30}, false},
+     {3, 3, 50, 200, 60, 200, 1000, 50, 50, 500, 30, 30, 30, 250, 30}, false, false},
     {"additive defaults: 0.50, stored as 50", 11, "cmdDefault", "3=0.50",
-     {3, 3, 50, 50, 20, 50, 200, 20, 20, 1000, 50, 50, 50, 200, 50}, false},
-    {"NAK: the same frame again", 0, "ImgBdOk", "", kAgg, true},
+     {3, 3, 50, 50, 20, 50, 200, 20, 20, 1000, 50, 50, 50, 200, 50}, false, false},
+    {"NAK: the same frame again", 0, "ImgBdOk", "", kAgg, true, false},
     // Box 0 shows tenths but is written by the scale's digits (one here); the zero-digit factors are
     // in limitsOfEveryScale.
     {"aggregate editor, one decimal", -1, "ImgBdOk", "0=6 19=70",
-     {60, 3, 4, 5, 6, 50, 500, 200, 300, 300, 300, 300, 5000, 5000, 5000, 5000, 600, 600, 600, 700}, false},
+     {60, 3, 4, 5, 6, 50, 500, 200, 300, 300, 300, 300, 5000, 5000, 5000, 5000, 600, 600, 600, 700}, false, false},
 };
 
 // Blocks that pass the check, as typed into the boxes.
@@ -94,13 +99,6 @@ const struct { const char *name; int scale; const char *start, *edits, *message;
      -1, "落差调整值不应大于落差调整最大值!"},
     {"aggregate editor: M4 relation", -1, "", "15=100 19=101", "M4落差调整值不应大于落差调整最大值!", -1,
      "M4落差调整值不应大于落差调整最大值!"},
-};
-
-// After an edit: 0 nothing, 1 a write, 2 a write and a key; whether leaving asks.
-const struct { const char* name; int after; bool asked; } kReturns[] = {
-    {"edited, not written", 0, true},
-    {"written and acknowledged", 1, false},
-    {"a key after the write", 2, true},
 };
 
 // The limits and defaults of every kind of scale, each cell "low-high,default", and the messages of the
@@ -158,14 +156,29 @@ const struct { const char* name; int scale; const char* rows; } kRowsByScale[] =
     {"additive", 11, "10=M1落差调整值|12=M2落差调整值|13=慢速配料值"},
 };
 
-// Typed characters outside the list are swallowed; keys that type nothing keep their role; a paste brings in
-// only what could have been typed. Action "type:", "paste:" or "delete" (at the start of the box).
-const struct { const char* name; int k; const char *start, *action, *text; } kTyping[] = {
-    {"letters and a second point swallowed", 3, "", "type:1a2.3.4", "12.34"},
-    {"box 2 takes no point", 2, "", "type:4.5", "45"},
-    {"Delete as X11 sends it", 3, "150", "delete", "50"},
-    {"paste of letters refused", 3, "150", "paste:abc-12", "150"},
-    {"paste of digits taken", 3, "", "paste:12.5", "12.5"},
+// What an operator can and cannot get into a box by keys and paste: box 3 takes digits and one point, box 2
+// (whole seconds) digits only; keys that type nothing keep their role. cursor -1: the whole text selected,
+// as a box selects it on focus. Action "type:", "paste:", "del" (Delete as X11 sends it) or "bs".
+const struct { const char* name; int k; const char* start; int cursor; const char *action, *text; } kTyping[] = {
+    {"digit typed", 3, "12", 2, "type:3", "123"},
+    {"letters and a second point swallowed", 3, "", 0, "type:1a2.3.4", "12.34"},
+    {"minus swallowed", 3, "12", 0, "type:-", "12"},
+    {"second point swallowed", 3, "1.2", 3, "type:.", "1.2"},
+    {"point over a selected text that holds one", 3, "1.2", -1, "type:.", "1.2"},
+    {"digit over a selected text", 3, "1.2", -1, "type:7", "7"},
+    // A value the program showed with a character of no key: the next keys are judged all the same.
+    {"letter after a read negative value", 3, "-5", 2, "type:a1", "-51"},
+    {"point once", 3, "12", 2, "type:.", "12."},
+    {"box 2 takes no point", 2, "12", 2, "type:4.5", "1245"},
+    {"digit beside a read point", 2, "5.5", 3, "type:1", "5.51"},
+    {"Delete deletes", 3, "150", 0, "del", "50"},
+    {"Backspace deletes", 3, "123", 3, "bs", "12"},
+    {"paste of digits and a point taken", 3, "1", 1, "paste:2.5", "12.5"},
+    {"paste with a letter refused", 3, "150", 3, "paste:abc-12", "150"},
+    {"paste of a second point refused", 3, "1.5", 3, "paste:.5", "1.5"},
+    {"paste over a selected text", 3, "1.5", -1, "paste:2.5", "2.5"},
+    // Values the program writes are shown as read, whatever the list.
+    {"program text unfiltered", 2, "-5.5", 0, "type:", "-5.5"},
 };
 
 // Buttons and boxes act when the mouse goes down and comes up over them: let go elsewhere, nothing happens.
@@ -179,6 +192,48 @@ const struct { const char *name, *control; bool over, asked; int reads; bool hel
     {"refresh caption clicked", "lblRefresh", true, false, 1, false},
     {"box let go elsewhere", "TxtDCansd(3)", false, false, 0, false},
     {"box clicked", "TxtDCansd(3)", true, false, 0, true},
+};
+// The kind's defaults with "k=shown" edits, turned into raw words the way a file's values are.
+QList<int> edited(int scale, const char* edits)
+{
+    const BlockLayout l = ParamBlock::layout(scale);
+    QList<int> raw = ParamBlock::defaults(scale);
+    for (const QString& e : QString::fromUtf8(edits).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const int k = e.section(QLatin1Char('='), 0, 0).toInt();
+        if (!Block::toRaw(l.fields.at(k), e.section(QLatin1Char('='), 1), &raw[k]))
+            qFatal("not a value: %s", qPrintable(e));
+    }
+    return raw;
+}
+
+// The kind's defaults with edits, the field of the first fault (-1: none) and its message.
+const struct { const char* name; int scale; const char* edits; int field; const char* message; } kFaults[] = {
+    {"defaults pass", 0, "", -1, ""},
+    {"zero range above the tolerance", 0, "4=31", 4, "零位范围不应大于卸料允许误差值!"},
+    {"lead above its ceiling", 0, "6=50 7=60", 7, "扣称提前量不应大于扣称提前量最大值!"},
+    {"fall above its ceiling", 0, "9=100 10=101", 10, "落差调整值不应大于落差调整最大值!"},
+    {"second material, its row hidden", 6, "9=20 11=21", 11, "M2落差调整值不应大于落差调整最大值!"},
+    {"third material of cement", 8, "9=20 12=21", 12, "M3落差调整值不应大于落差调整最大值!"},
+    {"fourth material of cement", 8, "9=20 13=21", 13, "M4落差调整值不应大于落差调整最大值!"},
+    {"third material of powder", 9, "9=20 12=21", 12, "M3落差调整值不应大于落差调整最大值!"},
+    {"pulse time above, where the top is written \"2\"", 7, "0=2.1", 0, "请检查!超扣补秤脉冲时间的范围为:(0.1-2)S"},
+    {"whole seconds, above", 0, "2=10", 2, "请检查!卸料延时控制时间的范围为:(0-9)S"},
+    {"key zero above", 0, "3=201", 3, "请检查!按键归零允许范围为:(20-200)Kg"},
+    {"water, one decimal above", 7, "3=50.1", 3, "请检查!按键归零允许范围为:(10.0-50.0)Kg"},
+    {"additive, two decimals below", 11, "8=0.04", 8, "请检查!计量允许误差值为:(0.05-0.50)Kg"},
+    {"additive, two decimals at the floor", 11, "8=0.05", -1, ""},
+    {"a hidden row is not judged", 0, "12=999", -1, ""},
+    {"a never-judged row", 6, "13=999", -1, ""},
+};
+
+// What the form shows of a register and what it writes for a typed text (INT_MIN: refused).
+const struct { const char* name; int scale, k, raw; const char *shown, *typed; int written; } kShownAndRaw[] = {
+    {"tenths", 0, 0, 3, "0.3", "0.35", 4},
+    {"whole seconds held in tenths", 0, 2, 55, "6", "4", 40},
+    {"negative weight", 0, 3, -25536, "-25536", "-25536", -25536},
+    {"two decimals", 11, 3, 50, "0.50", "0.5", 50},
+    {"a word too large", 7, 3, 0, "0.0", "3276.8", INT_MIN},
+    {"not a number", 0, 3, 0, "0", "12abc", INT_MIN},
 };
 }  // namespace
 
@@ -244,6 +299,9 @@ private slots:
         QCOMPARE(status(), QStringLiteral("参数设定成功!/#008000"));
         for (const QString& e : QString(defaults ? c.edits : "").split(' ', Qt::SkipEmptyParts))
             QCOMPARE(box(e.section('=', 0, 0).toInt())->text(), e.section('=', 1));
+        if (c.keyAfter)
+            QTest::keyClick(box(5), Qt::Key_Shift);
+        returnAnsweringNo(mb, c.keyAfter);
     }
 
     void checkStopsAtFirstFault_data() { TableRows(kChecks); }
@@ -272,28 +330,7 @@ private slots:
             QCOMPARE(form->focusWidget(), box(c.focus));
         QFile log(ErrorLogPath(QDate::currentDate()));
         QCOMPARE(log.open(QIODevice::ReadOnly) && log.readAll().contains("EnterChecked"), c.focus == -2);
-    }
-
-    void unsavedQuestionOnReturn_data() { TableRows(kReturns); }
-    void unsavedQuestionOnReturn()
-    {
-        const auto& c = TableRow(kReturns);
-        seed(0, kAgg);
-        open(0);
-        box(3)->setText(QStringLiteral("60"));
-        MbAnswerer mb;
-        if (c.after > 0) {
-            clickOk();
-            QTRY_VERIFY_WITH_TIMEOUT(ParamSetDone, 3000);
-        }
-        if (c.after == 2)
-            QTest::keyClick(box(5), Qt::Key_Shift);
-        mb.texts.clear();
-        mb.queue(false);  // No: stay on the form
-        ClickOn(Ctl<QWidget>(form, "ImgReturn"));
-        QTest::qWait(20);
-        QCOMPARE(mb.texts, c.asked ? QStringList{QStringLiteral("参数更改后未设定，是否返回?")} : QStringList{});
-        QCOMPARE(Forms::loaded("Cansd") != nullptr, c.asked);
+        returnAnsweringNo(mb, true);  // edited, not written
     }
 
     void limitsOfEveryScale_data()
@@ -392,13 +429,20 @@ private slots:
         QLineEdit* b = box(c.k);
         b->setText(c.start);
         b->setFocus();
-        b->setCursorPosition(0);
-        if (action == "delete")
-            QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
-        else if (action.startsWith("paste:"))
-            QGuiApplication::clipboard()->setText(action.mid(6)), b->paste();
+        if (c.cursor < 0)
+            b->selectAll();
         else
+            b->setCursorPosition(c.cursor);
+        if (action == "del") {
+            QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
+        } else if (action == "bs") {
+            QTest::keyClick(b, Qt::Key_Backspace);
+        } else if (action.startsWith("paste:")) {
+            QGuiApplication::clipboard()->setText(action.mid(6));
+            b->paste();
+        } else {
             QTest::keyClicks(b, action.mid(5));
+        }
         QCOMPARE(b->text(), QString(c.text));
     }
 
@@ -439,17 +483,26 @@ private slots:
         QCOMPARE(label("txtTip(0)")->isVisible(), c.help);
     }
 
-    // Rows 0, 5 and 6 of the aggregate editor have captions of its own, which have no number in the language file.
-    void aggregateEditorCaptionsInEnglish()
+    // The block's rules as the settings command meets them: raw words in, the editor's first fault out,
+    // with the form's own message.
+    void firstFault_data() { TableRows(kFaults); }
+    void firstFault()
     {
-        LangNo = 2;
-        ProfileFile = QStringLiteral(ORVA_LANG_FILE);
-        open(-1);
-        QStringList captions;
-        for (int k : {0, 1, 5, 6, 7})
-            captions << label(QStringLiteral("LblCansd(%1)").arg(k))->text();
-        QCOMPARE(captions, (QStringList{"Tolerance check delay", "M1 Top-up pulse time", "Discharge delay time",
-                                        "Key zeroing range", "Zero range"}));
+        const auto& c = TableRow(kFaults);
+        const BlockFault f = ParamBlock::check(c.scale, edited(c.scale, c.edits));
+        QCOMPARE(f.field, c.field);
+        QCOMPARE(f.message, QString::fromUtf8(c.message));
+    }
+
+    void shownAndRaw_data() { TableRows(kShownAndRaw); }
+    void shownAndRaw()
+    {
+        const auto& c = TableRow(kShownAndRaw);
+        const BlockField f = ParamBlock::layout(c.scale).fields.at(c.k);
+        QCOMPARE(Block::shown(f, c.raw), QString(c.shown));
+        int got = INT_MIN;
+        QCOMPARE(Block::toRaw(f, c.typed, &got), c.written != INT_MIN);
+        QCOMPARE(got, c.written);
     }
 
 private:
@@ -492,6 +545,17 @@ private:
             h->sim.setWord((scale < 0 ? 100 : 300 + 15 * scale) + k, short(words[k]));
         h->sim.setByteAt(62 + std::max(scale, 0), quint8(first));
         h->sim.setByteAt(63 + std::max(scale, 0), quint8(second));
+    }
+    // Leaving by the return image asks only while an edit is not written; No keeps the form.
+    void returnAnsweringNo(MbAnswerer& mb, bool asked)
+    {
+        const QString name = form->objectName();
+        mb.texts.clear();
+        mb.queue(false);
+        ClickOn(Ctl<QWidget>(form, "ImgReturn"));
+        QTest::qWait(20);
+        QCOMPARE(mb.texts, asked ? QStringList{QStringLiteral("参数更改后未设定，是否返回?")} : QStringList{});
+        QCOMPARE(Forms::loaded(name) != nullptr, asked);
     }
     void clickOk() { ClickOn(Ctl<QWidget>(form, QStringLiteral("ImgBdOk"))); }
     ConsoleHarness* h = nullptr;

@@ -8,18 +8,23 @@
 #include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
+#include "link/frame_codec.h"
 #include "link/link_engine.h"
+#include "link/link_trace.h"
 #include "shell/app_setup.h"
+#include "shell/link_trace_window.h"
 #include "shell/plc_form.h"
 #include "shell/single_instance.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLockFile>
 #include <QMouseEvent>
+#include <QTableView>
 
 namespace {
 
@@ -53,11 +58,6 @@ void chooseLanguage(const QString& lansel)
 {
     TextFile::writeLines(LangSelFile(), {QStringLiteral("[PLCCOMLANSEL]"), QStringLiteral("LANSEL=") + lansel});
 }
-
-const struct { const char* name; const char* code; } kCodes[] = {
-    {"right", "48213"}, {"empty", ""}, {"one digit short", "4821"}, {"trailing blank", "48213 "},
-    {"full-width digits", "４８２１３"},
-};
 
 // English texts follow the port's name with their blank. The log keeps the port's own number and words.
 // text: also the port's description, for other errors.
@@ -99,20 +99,20 @@ const struct { const char* name; const char* fixture; const char* target; } kBad
     {"language file is binary", "binary", "Lang/PLCCOMLANGUAGE.ini"},
 };
 
-// English texts that follow a name or precede a number keep the blank between them. form: the form shown
-// (none: a link fault), or the section of a range message whose key is in control. scale -1: the cement
-// scale 8 named and with a vibrator, no scale chosen.
-const struct { const char* name; int scale; const char* form; const char* control; const char* text; } kGlued[] = {
-    {"fault dialog", 0, "", "", "port:Com5, and makes good contact."},
-    {"material row", 8, "Cansd", "LblCansd(10)", "水泥M1 fall correction"},
-    {"calibration title", 0, "YIBiao", "LblBceng", "骨料1 calibration"},
-    {"vibrator title", -1, "ZDTime", "lblTitleName(8)", "水泥 vibrator"},
-    {"sensor unit", -1, "Sensor", "LblUnit", "Unit: Kg"},
-    {"time range", 0, "LANOTHERFORM", "OTHER059", "is: ("},
-    {"vibrator time range", 0, "LANZDTIMEFORM", "ZDTIME010", "is: ("},
-    {"sensor range", 0, "LANSENSORFORM", "SENSOR003", "is: ("},
-};
-
+// The columns the engineer reads, a row a line.
+QStringList traceRows(QTableView* view)
+{
+    QStringList rows;
+    const QAbstractItemModel* m = view->model();
+    for (int r = 0; r < m->rowCount(); ++r) {
+        QStringList cells;
+        for (int c = LinkTraceModel::Step; c < LinkTraceModel::Columns; ++c)
+            if (c != LinkTraceModel::ReplyAfter)
+                cells << m->index(r, c).data().toString();
+        rows << cells.join(QLatin1Char('|'));
+    }
+    return rows;
+}
 }  // namespace
 
 class PlcFormTest : public QObject {
@@ -127,49 +127,72 @@ private slots:
     }
     void cleanup() { delete h; }
 
-    void accessCode_data() { TableRows(kCodes); }
-    void accessCode()
+    // The panel gives the password the focus, by the pointer over it and by the form's activation; the
+    // password boxes show stars. The right code opens the menu and the port, and starts no clock.
+    void rightCode()
     {
-        const QString code = QString::fromUtf8(TableRow(kCodes).code);
-        MbAnswerer mb;
         PLC* f = loadForm();
+        QVERIFY(QTest::qWaitForWindowExposed(f));
         QVERIFY(f->picCom->isVisible());
         QVERIFY(f->FraCeng[0]->isHidden());
-        f->txtPassword->setText(code);
-        QTest::keyClick(f->txtPassword, Qt::Key_Return);
-        if (code == QLatin1String("48213")) {
-            QVERIFY(mb.texts.isEmpty());
-            QVERIFY(menuShown(f));
-            QVERIFY(Link().portOpen());
-            QCOMPARE(WriteImage, QString(152, QLatin1Char('0')));
-            QVERIFY(Ctl(f, QStringLiteral("cmdExit"))->isVisible());
-            QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
-            QCOMPARE(Link().Timer1.interval(), 400);
-        } else {
-            QCOMPARE(mb.texts, QStringList{QStringLiteral("密码错误!")});
-            QCOMPARE(mb.errorIcons, QList<bool>{false});
-            QVERIFY(f->picCom->isVisible());
-            QVERIFY(f->FraCeng[0]->isHidden());
-            QVERIFY(!Link().portOpen());
-            QCOMPARE(f->txtPassword->text(), code);  // the operator corrects, not retypes
-            QVERIFY(!MbResult);
+        for (const bool byActivation : {false, true}) {
+            f->ComboPlc->setFocus();
+            if (byActivation) {
+                QWidget other;
+                other.show();
+                other.activateWindow();
+                QTRY_VERIFY(other.isActiveWindow());
+                f->ComboPlc->setFocus();
+                f->activateWindow();
+                QTRY_VERIFY(f->isActiveWindow());
+            } else {
+                QMouseEvent move(QEvent::MouseMove, QPointF(20, 20), f->picCom->mapToGlobal(QPointF(20, 20)),
+                                 Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+                QApplication::sendEvent(f->picCom, &move);
+            }
+            QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(f->txtPassword));
         }
+        for (const char* form : {"BcBut", "Factory"}) {
+            auto* box = Ctl<QLineEdit>(Forms::load(QLatin1String(form)), QStringLiteral("txtPassword"));
+            box->setText(QStringLiteral("90765"));
+            QCOMPARE(box->displayText(), QStringLiteral("*****"));
+        }
+        MbAnswerer mb;
+        f->txtPassword->setText(QStringLiteral("48213"));
+        QCOMPARE(f->txtPassword->displayText(), QStringLiteral("*****"));
+        QTest::keyClick(f->txtPassword, Qt::Key_Return);
+        QVERIFY(mb.texts.isEmpty());
+        QVERIFY(menuShown(f));
+        QVERIFY(Link().portOpen());
+        QCOMPARE(WriteImage, QString(152, QLatin1Char('0')));
+        QVERIFY(Ctl(f, QStringLiteral("cmdExit"))->isVisible());
+        QVERIFY(!Link().Timer1.isActive() && !Link().Timer2.isActive() && !Link().Timer3.isActive());
+        QCOMPARE(Link().Timer1.interval(), 400);
         QVERIFY(h->endedProcess < 0 && !h->programEnded);
     }
 
-    void fifthWrongCodeEndsTheRun()
+    // A wrong code is told and left in the box for the operator to correct; the fifth ends the run.
+    void wrongCodes()
     {
         MbAnswerer mb;
         PLC* f = loadForm();
-        for (int i = 0; i < 5; ++i) {
-            f->txtPassword->setText(QStringLiteral("1111"));
-            f->cmdOk();
-            QCOMPARE(h->programEnded, i == 4);
+        const QStringList codes{"", "4821", "48213 ", "４８２１３", "1111"};
+        for (const QString& code : codes) {
+            f->txtPassword->setText(code);
+            QTest::keyClick(f->txtPassword, Qt::Key_Return);
+            QCOMPARE(h->programEnded, code == codes.last());
+            QVERIFY(!Link().portOpen());
+            if (h->programEnded)
+                break;
+            QVERIFY(f->picCom->isVisible());
+            QVERIFY(f->FraCeng[0]->isHidden());
+            QCOMPARE(f->txtPassword->text(), code);
+            QVERIFY(!MbResult);
         }
         QCOMPARE(mb.texts,
                  QStringList(4, QStringLiteral("密码错误!")) << QStringLiteral("密码错误已5次，程序将退出！"));
-        QCOMPARE(mb.errorIcons.last(), true);
-        QVERIFY(!Link().portOpen());
+        QCOMPARE(mb.errorIcons, (QList<bool>{false, false, false, false, true}));
+        QCOMPARE(h->endedProcess, -1);
         QVERIFY(QFile::exists(BLZConfigPath()));  // the way out saves the configuration
     }
 
@@ -303,70 +326,61 @@ private slots:
         QVERIFY(Forms::get<PLC>(QStringLiteral("PLC"))->load());
     }
 
-    // By the pointer over the panel, then by the form's activation.
-    void loginPanelGivesThePasswordTheFocus()
+    // The trace window, opened by Ctrl+Shift+L on a form: a read that times out once and is answered on the
+    // re-send, then a write acknowledged; three rows live, what each filter leaves, the copy and the save.
+    void liveRowsAndFilters()
     {
-        PLC* f = loadForm();
-        QVERIFY(QTest::qWaitForWindowExposed(f));
-        for (const bool byActivation : {false, true}) {
-            f->ComboPlc->setFocus();
-            if (byActivation) {
-                QWidget other;
-                other.show();
-                other.activateWindow();
-                QTRY_VERIFY(other.isActiveWindow());
-                f->ComboPlc->setFocus();
-                f->activateWindow();
-                QTRY_VERIFY(f->isActiveWindow());
-            } else {
-                QMouseEvent move(QEvent::MouseMove, QPointF(20, 20), f->picCom->mapToGlobal(QPointF(20, 20)),
-                                 Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-                QApplication::sendEvent(f->picCom, &move);
-            }
-            QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(f->txtPassword));
-        }
-    }
+        h->connectLink();
+        Link().Timer2.setInterval(3600 * 1000);
+        Link().LateReplyHorizonMs = 100;  // the write waits that long for the first read's owed reply
+        LinkTrace().clear();
+        Forms::show(QStringLiteral("FrmJk"));
+        QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
+        form->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(form));
+        QTest::keyClick(form, Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
+        LinkTraceWindow* w = LinkTraceWindow::existing();
+        QVERIFY(w && w->isVisible());
+        QCOMPARE(w->objectName(), QStringLiteral("LinkTrace"));
+        auto* view = Ctl<QTableView>(w, QStringLiteral("TraceRows"));
 
-    void passwordBoxesShowStars()
-    {
-        for (const char* form : {"PLC", "BcBut", "Factory"}) {
-            QWidget* f = *form == 'P' ? loadForm() : Forms::load(QLatin1String(form));
-            auto* box = Ctl<QLineEdit>(f, QStringLiteral("txtPassword"));
-            box->setText(QStringLiteral("90765"));
-            QCOMPARE(box->displayText(), QStringLiteral("*****"));
-        }
-    }
+        h->sim.injectFault(plcsim::Fault::NoReply);
+        StepNo = 60;
+        SendFlag = true;
+        send_recieve(BuildReadFrameBytes(QStringLiteral("S998"), 2));
+        QMetaObject::invokeMethod(&Link().Timer2, "timeout");
+        QTRY_VERIFY(SendFlag);
+        StepNo = 61;
+        send_recieve(BuildWriteFrame(QStringLiteral("S212"), QStringLiteral("0000"), 4));
+        QTRY_VERIFY(SendFlag && !Link().Timer2.isActive());
 
-    void gluedEnglishKeepsItsBlank_data() { TableRows(kGlued); }
-    void gluedEnglishKeepsItsBlank()
-    {
-        const auto& c = TableRow(kGlued);
-        const QString form = QLatin1String(c.form);
-        MbAnswerer mb;
-        LangNo = 2;
-        ProfileFile = h->path(QStringLiteral("Lang/PLCCOMLANGUAGE.ini"));
-        QString shown;
-        if (form.startsWith(QLatin1String("LAN"))) {
-            shown = LangText(form, QLatin1String(c.control), QStringLiteral("?")) + QStringLiteral("(1-300)");
-        } else {
-            h->connectLink();
-            if (c.scale >= 0) {
-                UseScaleDevices(c.scale);
-            } else {
-                ScaleName[8] = QStringLiteral("水泥");
-                ScaleVibrator[8] = 1;
-            }
-            if (form.isEmpty()) {
-                PortNo = 5;
-                Link().RetryCount = 8;
-                Link().RetryRequest();
-                shown = mb.texts.value(0);
-            } else {
-                Forms::show(form);
-                shown = label(Forms::loaded(form), c.control);
-            }
+        const QString timedOut = "60|FrmJk|S992|16|<STX>0007C02<ETX>6F||超时";
+        const QString taken = "60|FrmJk|S992|16|<STX>0007C02<ETX>6F|<STX>0000<ETX>C3|重发，已取回复";
+        const QString acked = "61|FrmJk|S208|16|<STX>1001A020000<ETX>28|<ACK>|已确认";
+        const struct { int step, outcome; QStringList rows; } filters[] = {
+            {-1, -1, {timedOut, taken, acked}},
+            {-1, int(TraceOutcome::TimedOut), {timedOut}},
+            {-1, LinkTraceWindow::kResentFilter, {taken}},
+            {61, -1, {acked}},
+        };
+        for (const auto& f : filters) {
+            w->setStepFilter(f.step);
+            w->setOutcomeFilter(f.outcome);
+            QCOMPARE(traceRows(view), f.rows);
+            view->selectAll();
+            w->copySelected();
+            QCOMPARE(QApplication::clipboard()->text().count(QLatin1Char('\n')), f.rows.size());
         }
-        QVERIFY2(shown.contains(QString::fromUtf8(c.text)), qPrintable(shown));
+
+        // The save holds the whole ring, whatever the filter.
+        const QString saved = h->path(QStringLiteral("saved.txt"));
+        LinkTraceWindow::ChooseSavePath = [&](QWidget*, const QString&) { return saved; };
+        w->saveAll();
+        LinkTraceWindow::ChooseSavePath = nullptr;
+        QStringList lines;
+        QVERIFY(TextFile::readLines(saved, &lines));
+        QCOMPARE(lines.mid(2), LinkTrace().lines());
+        QCOMPARE(lines.size(), 2 + 6);
     }
 
 private:
