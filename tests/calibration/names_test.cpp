@@ -42,13 +42,6 @@ void writeText(const QString& path, const QStringList& lines)
     TextFile::writeLines(path, lines);
 }
 
-// The bin tab waits for the first naming only while the file is really missing.
-const struct { const char* name; bool missingAtStart, fileNow, binsRefused; } kTabs[] = {
-    {"missing, still absent", true, false, true},
-    {"missing, written since", true, true, false},
-    {"found at start", false, true, false},
-};
-
 // What a refused or declined setting leaves: the file as it was. readOnly: CName.ini without write
 // permission, refused, told and logged; "@" stands for the application folder.
 const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
@@ -192,6 +185,7 @@ private slots:
             BcBut* f = OpenBcBut();
             tab(f, 2);
             QCOMPARE(mb->texts, QStringList{QStringLiteral("必须先设定电子秤名称,然后再设定料仓名称!")});
+            QVERIFY(!f->binTabOpen());
             tab(f, 1);
             QVERIFY(f->firstNaming());
             QVERIFY(!Ctl(f, QStringLiteral("LblCNameIni"))->isVisible());
@@ -283,22 +277,6 @@ private slots:
         }
     }
 
-    void tabsBeforeNaming_data() { TableRows(kTabs); }
-    void tabsBeforeNaming()
-    {
-        const auto& c = TableRow(kTabs);
-        CNameMissing = c.missingAtStart;
-        if (c.fileNow)
-            writeText(cname(), {"[Name]", "01=骨料1"});
-        BcBut* f = OpenBcBut();
-        tab(f, 2);
-        QCOMPARE(mb->texts.size(), c.binsRefused ? 1 : 0);
-        QCOMPARE(f->binTabOpen(), !c.binsRefused);
-        tab(f, 1);
-        QVERIFY(f->nameTabOpen());
-        QCOMPARE(f->firstNaming(), c.binsRefused);
-    }
-
     void checksBeforeWriting_data() { TableRows(kChecks); }
     void checksBeforeWriting()
     {
@@ -310,6 +288,8 @@ private slots:
             QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         netPath(h->path(QStringLiteral("prod")));
         QDir().mkpath(h->path(QStringLiteral("prod/Data")));
+        // The bin tab waits for the first naming only while the file is really missing.
+        CNameMissing = c.tab == 2;
         BcBut* f = OpenBcBut();
         tab(f, c.tab);
         type(f, c.box, c.typed);
@@ -325,6 +305,8 @@ private slots:
         if (c.boxes.size() == 1 && c.answer)
             QCOMPARE(f->focusWidget(), Ctl(f, QLatin1String(c.box)));
         QVERIFY(!QFileInfo::exists(spool()));  // only the first naming makes the spool copy
+        tab(f, 1);
+        QVERIFY(!f->firstNaming());
     }
 
     void networkCopy_data() { TableRows(kNet); }

@@ -24,20 +24,34 @@ QString pulse(const char* address, const char* bits)
 const QString kAt = QStringLiteral("2026/3/5 14:03:22"), kName = QStringLiteral("一号秤");
 const QStringList kZero{kName + "BiaoZeroTime=" + kAt, kName + "BiaoZeroADValue=3000",
                         kName + "BiaoZeroWTValue=100.0", kSep};
-const QStringList kSpan{"CengIndex=1", kName + "BiaoWeightTime=" + kAt, kName + "BiaoWeightADValue=3000",
-                        kName + "BiaoWeightWTValue=100.0", kName + "BiaoWeightFMValue=1500.5", kSep};
+QStringList spanLines(const char* index, const char* testWeight)
+{
+    return {QStringLiteral("CengIndex=") + index, kName + "BiaoWeightTime=" + kAt, kName + "BiaoWeightADValue=3000",
+            kName + "BiaoWeightWTValue=100.0", kName + "BiaoWeightFMValue=" + testWeight, kSep};
+}
 QStringList opLines(const char* kind) { return {kName, kAt, "郑伟", kind, "3000", "100.0", "1500.5", ""}; }
-struct CalCase { const char* name; int scale; bool span; Outcome outcome; QString frames; const char* caption;
-                 QStringList monthly, hidden, op; };
+// humid: the moisture form of the probe beside the weight form of the same slot, which must see nothing of it;
+// the probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
+struct CalCase { const char* name; bool humid; int scale; bool span; Outcome outcome; QString frames;
+                 const char* caption; QStringList monthly, hidden, op; };
 const CalCase kCal[] = {
-    {"zero, scale 0, taken", 0, false, Outcome::Success, pulse("0016", "2000"), "零位调校完成，请再进行实际验秤!",
+    {"zero, scale 0, taken", false, 0, false, Outcome::Success, pulse("0016", "2000"), "零位调校完成，请再进行实际验秤!",
      kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
-    {"span, scale 0, taken", 0, true, Outcome::Success, WriteFrame("1056", "9D3A") + pulse("0016", "4000"),
-     "分度调校完成，请再进行实际验秤!", kSpan, kSpan, opLines("标重")},
+    {"span, scale 0, taken", false, 0, true, Outcome::Success, WriteFrame("1056", "9D3A") + pulse("0016", "4000"),
+     "分度调校完成，请再进行实际验秤!", spanLines("1", "1500.5"), spanLines("1", "1500.5"), opLines("标重")},
     // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
-    {"zero, scale 6, refused", 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!", {}, {}, {}},
-    {"span, scale 10, unanswered", 10, true, Outcome::NoAnswer, WriteFrame("106A", "9D3A") + pulse("001A", "0100"),
+    {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!",
+     {}, {}, {}},
+    {"span, scale 10, unanswered", false, 10, true, Outcome::NoAnswer, WriteFrame("106A", "9D3A") + pulse("001A", "0100"),
      "分度调校出错，请重新调校!", {}, {}, {}},
+    {"dry, probe 4", true, 4, false, Outcome::Success, pulse("0017", "2000"), "湿度标定完成!", kZero,
+     QStringList{"CengIndex=5"} + kZero, {}},
+    {"wet, probe 4", true, 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!",
+     spanLines("5", "12.5"), spanLines("5", "12.5"), {}},
+    {"wet, probe 5, refused", true, 5, true, Outcome::Refuse, WriteFrame("103C", "7D00") + pulse("0018", "0100"),
+     "湿度标定失败，请重新标定!", {}, {}, {}},
+    {"dry, probe 5, unanswered", true, 5, false, Outcome::NoAnswer, pulse("0017", "8000"), "湿度标定错误，请重新标定!",
+     {}, {}, {}},
 };
 
 // The replies the controller test cannot give: both bits on, other lengths, a tab clicked meanwhile (-1: none).
@@ -72,15 +86,6 @@ const struct { const char *name, *form, *start, *action, *text; } kEntries[] = {
     {"paste of a weight taken", "YIBiao", "", "paste:1500.5", "1500.5"},
     {"Delete as X11 sends it", "YIBiao", "150", "delete", "50"},
     {"moisture: paste refused", "YIBiaoHumidNew", "12", "paste:1e3", "12"},
-};
-
-// The probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
-struct MoistureCase { const char* name; int probe; bool span; Outcome outcome; QString frames; };
-const MoistureCase kMoisture[] = {
-    {"dry, probe 4", 4, false, Outcome::Success, pulse("0017", "2000")},
-    {"wet, probe 4", 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000")},
-    {"wet, probe 5, refused", 5, true, Outcome::Refuse, WriteFrame("103C", "7D00") + pulse("0018", "0100")},
-    {"dry, probe 5, unanswered", 5, false, Outcome::NoAnswer, pulse("0017", "8000")},
 };
 
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
@@ -121,18 +126,27 @@ private slots:
         h->sim.setLoad(scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
         h->sim.setCalOutcome(c.outcome);
         QWidget* f = openAt(scale);
+        QWidget* weightForm = f;
+        if (c.humid) {
+            HumidActive = true;
+            Forms::show(QStringLiteral("BcButHumid"));
+            clickTab(Forms::loaded(QStringLiteral("BcButHumid")), scale);
+            f = Forms::loaded(QStringLiteral("YIBiaoHumidNew"));
+        }
         clickTab(f, span ? 2 : 1);
         for (int i = 0; i < 3; ++i)  // the selected tab head dark blue, the others dark grey
             QCOMPARE(TextColor(label(f, qPrintable(QStringLiteral("LblBd(%1)").arg(i)))),
                      i == (span ? 2 : 1) ? QColor(0, 0, 192) : QColor(64, 64, 64));
         QTRY_COMPARE(label(f, "LbLADv")->text(), QStringLiteral("3000"));
         QCOMPARE(label(f, "LblZLv")->text(), QStringLiteral("100.0"));
-        Ctl<QLineEdit>(f, "TxtFmzL")->setText(QStringLiteral("1500.5"));
+        Ctl<QLineEdit>(f, "TxtFmzL")->setText(c.humid ? QStringLiteral("12.5") : QStringLiteral("1500.5"));
         ClickOn(label(f, "lblBdOk"));
-        QCOMPARE(mb->texts.value(0), span ? QStringLiteral("确定要称量分度调校吗?") : QStringLiteral("确定要进行零位调校吗?"));
+        const QStringList ask = c.humid ? QStringList{"确定要湿度标定吗?", "正在湿度标定，请稍候......"}
+                                : span  ? QStringList{"确定要称量分度调校吗?", "正在称量分度调校，请稍候......"}
+                                        : QStringList{"确定要进行零位调校吗?", "正在零位调校，请稍候......"};
+        QCOMPARE(mb->texts.value(0), ask[0]);
         QLabel* line = label(f, span ? "LbLBZwc" : "LbLBLwc");
-        QCOMPARE(line->text(),
-                 span ? QStringLiteral("正在称量分度调校，请稍候......") : QStringLiteral("正在零位调校，请稍候......"));
+        QCOMPARE(line->text(), ask[1]);
         QCOMPARE(TextColor(line), QColor(Qt::red));
         QVERIFY(!Link().Timer1.isActive());
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, 1000);
@@ -163,6 +177,11 @@ private slots:
         const QString spool = h->path(QStringLiteral("drive_c/Program Files/MswSpool"));
         QCOMPARE(rawBytes(spool + QStringLiteral("/20263MswSpool.txt")), GbLines(c.hidden));
         QCOMPARE(AppPaths::isHidden(spool), taken);
+        if (c.humid) {
+            QVERIFY(label(weightForm, "LbLADv")->text().isEmpty() && label(weightForm, "LbLBLwc")->isHidden() &&
+                    label(weightForm, "LbLBZwc")->isHidden());
+            QCOMPARE(Ctl<QLineEdit>(weightForm, "txtBCSuccessRead")->text(), QString());
+        }
     }
 
     void statusReply_data() { TableRows(kReplies); }
@@ -257,43 +276,6 @@ private slots:
         else
             QTest::keyClicks(b, action.mid(5));
         QCOMPARE(b->text(), QLatin1String(c.text));
-    }
-
-    void moistureGoesToItsOwnForm_data() { TableRows(kMoisture); }
-    void moistureGoesToItsOwnForm()
-    {
-        const MoistureCase& c = TableRow(kMoisture);
-        const int probe = c.probe, outcome = int(c.outcome);
-        const bool span = c.span;
-        const QString caption = QStringList{"湿度标定完成!", "湿度标定失败，请重新标定!", "湿度标定错误，请重新标定!"}[outcome];
-        h->sim.setCalOutcome(c.outcome);
-        h->sim.setLoad(probe, 2600 + probe);
-        ScaleDecimals[size_t(probe)] = 1;
-        // A weight form left open must see nothing of the moisture calibration.
-        QWidget* weightForm = openAt(probe);
-        HumidActive = true;
-        Forms::show(QStringLiteral("BcButHumid"));
-        clickTab(Forms::loaded(QStringLiteral("BcButHumid")), probe);
-        QWidget* f = Forms::loaded(QStringLiteral("YIBiaoHumidNew"));
-        QTRY_COMPARE(label(f, "LbLADv")->text(), QString::number(2600 + probe));
-        if (span) {
-            clickTab(f, 2);
-            waitIdle();
-            Ctl<QLineEdit>(f, "TxtFmzL")->setText(QStringLiteral("12.5"));
-        }
-        ClickOn(label(f, "lblBdOk"));
-        QCOMPARE(mb->texts.value(0), QStringLiteral("确定要湿度标定吗?"));
-        waitIdle();
-        h->takeFrames();
-        Link().timer3Tick();
-        QTRY_COMPARE(label(f, span ? "LbLBZwc" : "LbLBLwc")->text(), caption);
-        waitIdle();
-        QCOMPARE(h->takeFrames().join(QString()), c.frames);
-        QVERIFY(label(weightForm, "LbLADv")->text().isEmpty() && label(weightForm, "LbLBLwc")->isHidden() &&
-                label(weightForm, "LbLBZwc")->isHidden());
-        QCOMPARE(Ctl<QLineEdit>(weightForm, "txtBCSuccessRead")->text(), QString());
-        QCOMPARE(QFile::exists(monthly()), outcome == int(Outcome::Success));
-        QVERIFY(!QFile::exists(opRecords()));  // not in the viewer's list
     }
 
     void monthlyFilesWithoutDataFolder()
