@@ -36,11 +36,6 @@ QStringList binsPart(const QString& time)
             "[10]", "01=", "02=", "", "[12]", "01=外加剂19", "", "[13]", "01=外加剂20", "", "[14]", "01="};
 }
 
-void writeText(const QString& path, const QStringList& lines)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    TextFile::writeLines(path, lines);
-}
 
 // What a refused or declined setting leaves: the file as it was. readOnly: CName.ini without write
 // permission, refused, told and logged; "@" stands for the application folder.
@@ -283,7 +278,7 @@ private slots:
         const CheckCase& c = TableRow(kChecks);
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
-        writeText(cname(), {"[Name]", "01=骨料1"});
+        PutFile(cname(), GbLines({"[Name]", "01=骨料1"}));
         if (c.readOnly)
             QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         netPath(h->path(QStringLiteral("prod")));
@@ -320,9 +315,9 @@ private slots:
             netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
         const QString readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));
         if (prepare == QLatin1String("Data file")) {
-            writeText(h->path(QStringLiteral("prod/Data")), {"not a folder"});
+            PutFile(h->path(QStringLiteral("prod/Data")), GbLines({"not a folder"}));
         } else if (prepare == QLatin1String("read-only")) {
-            writeText(readOnly, {"[Name]", "01=other station"});
+            PutFile(readOnly, GbLines({"[Name]", "01=other station"}));
             QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         } else if (!prepare.isEmpty()) {
             QDir().mkpath(h->path(prepare));
@@ -371,7 +366,7 @@ private slots:
         const QString partnerSpool = stations + QLatin1Char('/') + QLatin1String(c.partner) +
                                      QStringLiteral("/drive_c/Program Files/CNameSpool");
         if (share == QLatin1String("read-only")) {
-            writeText(partnerSpool + QStringLiteral("/CName.ini"), {"[Name]", "01=their own"});
+            PutFile(partnerSpool + QStringLiteral("/CName.ini"), GbLines({"[Name]", "01=their own"}));
             QFile::setPermissions(partnerSpool + QStringLiteral("/CName.ini"), QFile::ReadOwner);
         }
         CNameMissing = true;
@@ -405,7 +400,7 @@ private slots:
     {
         QFETCH(int, row);
         const QStringList present{"[Name]", "01=今天的名称"};
-        writeText(cname(), present);
+        PutFile(cname(), GbLines(present));
         if (kRestoreFails[row].spoolFolder)
             QDir().mkpath(CNameSpoolFolder());
         BcBut* f = OpenBcBut();
@@ -445,7 +440,10 @@ private:
     QString caption(BcBut* f, const char* name) { return Ctl<QLabel>(f, QLatin1String(name))->text(); }
     QString cname() const { return h->path(QStringLiteral("Data/CName.ini")); }
     QString spool() const { return CNameSpoolFolder() + QStringLiteral("/CName.ini"); }
-    void netPath(const QString& path) { writeText(h->path(QStringLiteral("Data/NetPath.ini")), {"NetworkPath=" + path}); }
+    void netPath(const QString& path)
+    {
+        PutFile(h->path(QStringLiteral("Data/NetPath.ini")), GbLines({"NetworkPath=" + path}));
+    }
 
     ConsoleHarness* h = nullptr;
     MbAnswerer* mb = nullptr;
