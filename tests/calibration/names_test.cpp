@@ -37,57 +37,67 @@ QStringList binsPart(const QString& time)
 }
 
 
-// What a refused or declined setting leaves: the file as it was. readOnly: CName.ini without write
-// permission, refused, told and logged; "@" stands for the application folder.
+// A setting from a CName.ini of one name: what the operator is told, the file, and its copy for the production
+// control system at landsAt, made only by a setting that went through without a word more. readOnly: CName.ini
+// without write permission, refused, told and logged; "@" stands for the application folder. netPath: where
+// NetPath.ini points (empty: no file); prepare: the folder made, or "Data file" / "read-only"; statError: what
+// looking at the folder fails with. Only a folder that is not there is a missing path; a share that cannot be
+// looked at is a lost network.
 const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
 const QString kRefused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
-struct CheckCase { const char *name, *box, *typed; int tab; bool answer; QStringList boxes; bool written, readOnly; };
-const CheckCase kChecks[] = {
-    {"empty scale name", "TxtDCansd(1)", "", 1, true, {kEmpty}, false, false},
-    {"blanks only", "TxtDCansd(13)", "   ", 1, true, {kEmpty}, false, false},
-    {"empty bin name", "TxtDCansdName(9)", " ", 2, true, {QStringLiteral("料仓名称不能为空!")}, false, false},
-    {"unused box is not checked", "TxtDCansd(5)", "", 1, true, {kAskNames, kNamesDone}, true, false},
-    {"answer no", "TxtDCansd(1)", "砂", 1, false, {kAskNames}, false, false},
-    {"bins, answer no", "TxtDCansdName(9)", "P.O", 2, false, {kAskBins}, false, false},
-    {"names refused", "TxtDCansd(1)", "砂", 1, true, {kAskNames, "电子秤名称" + kRefused}, false, true},
-    {"bins refused", "TxtDCansdName(9)", "P.O", 2, true, {kAskBins, "料仓名称" + kRefused}, false, true},
+QStringList told(const QString& more = {})
+{
+    return more.isEmpty() ? QStringList{kAskNames, kNamesDone} : QStringList{kAskNames, kNamesDone, more};
+}
+struct SetCase {
+    const char* name;
+    QStringList boxes;
+    const char *box = "TxtDCansd(1)", *typed = "砂";
+    int tab = 1;
+    bool answer = true, readOnly = false;
+    const char *netPath = "@/prod", *prepare = "prod/Data", *landsAt = "prod/Data/CName.ini";
+    int statError = 0;
 };
-
-// The copy for the production control system, from where NetPath.ini points (none: no file; "@": the
-// application folder). prepare: the folder made, or "Data file" / "read-only"; landsAt: where the copy is
-// found; message: after the outcome box; statError: what looking at the folder fails with. Only a folder
-// that is not there is a missing path; a share that cannot be looked at is a lost network.
-struct NetCase { const char *name, *netPath, *prepare, *landsAt; QString message; int statError; };
-const NetCase kNet[] = {
-    {"no NetPath.ini", "", "", "", kNetNoPath, 0},
-    {"no Data folder there", "@/prod", "prod", "", kNetNoPath, 0},
-    {"folder of this station", "@/prod", "prod/Data", "prod/Data/CName.ini", "", 0},
-    {"share of a station", "\\\\192.168.10.9\\prod", "stations/192.168.10.9/prod/Data",
-     "stations/192.168.10.9/prod/Data/CName.ini", "", 0},
-    {"drive of a station", "\\\\192.168.10.9\\D$\\Prod\\", "stations/192.168.10.9/drive_d/Prod/Data",
-     "stations/192.168.10.9/drive_d/Prod/Data/CName.ini", "", 0},
-    {"drive letter", "D:\\Prod", "drive_d/Prod/Data", "drive_d/Prod/Data/CName.ini", "", 0},
-    {"Data is a file", "@/prod", "Data file", "", "76:Path not found", 0},
-    {"read-only file there", "@/prod", "read-only", "", "70:Permission denied", 0},
-    {"not a folder on the way", "@/prod", "prod/Data", "", kNetNoPath, ENOTDIR},
-    {"station off", "@/prod", "prod/Data", "", kNetLost, EHOSTDOWN},
-    {"input/output error", "@/prod", "prod/Data", "", kNetLost, EIO},
-    {"stale handle", "@/prod", "prod/Data", "", kNetLost, ESTALE},
-    {"automount failed", "@/prod", "prod/Data", "", kNetLost, ENODEV},
+const SetCase kSettings[] = {
+    {"empty scale name", {kEmpty}, "TxtDCansd(1)", ""},
+    {"blanks only", {kEmpty}, "TxtDCansd(13)", "   "},
+    {"empty bin name", {QStringLiteral("料仓名称不能为空!")}, "TxtDCansdName(9)", " ", 2},
+    {"unused box is not checked", told(), "TxtDCansd(5)", ""},
+    {"answer no", {kAskNames}, "TxtDCansd(1)", "砂", 1, false},
+    {"bins, answer no", {kAskBins}, "TxtDCansdName(9)", "P.O", 2, false},
+    {"names refused", {kAskNames, "电子秤名称" + kRefused}, "TxtDCansd(1)", "砂", 1, true, true},
+    {"bins refused", {kAskBins, "料仓名称" + kRefused}, "TxtDCansdName(9)", "P.O", 2, true, true},
+    {.name = "no NetPath.ini", .boxes = told(kNetNoPath), .netPath = "", .prepare = ""},
+    {.name = "no Data folder there", .boxes = told(kNetNoPath), .prepare = "prod"},
+    {.name = "folder of this station", .boxes = told()},
+    {.name = "share of a station", .boxes = told(), .netPath = "\\\\192.168.10.9\\prod",
+     .prepare = "stations/192.168.10.9/prod/Data", .landsAt = "stations/192.168.10.9/prod/Data/CName.ini"},
+    {.name = "drive of a station", .boxes = told(), .netPath = "\\\\192.168.10.9\\D$\\Prod\\",
+     .prepare = "stations/192.168.10.9/drive_d/Prod/Data",
+     .landsAt = "stations/192.168.10.9/drive_d/Prod/Data/CName.ini"},
+    {.name = "drive letter", .boxes = told(), .netPath = "D:\\Prod", .prepare = "drive_d/Prod/Data",
+     .landsAt = "drive_d/Prod/Data/CName.ini"},
+    {.name = "Data is a file", .boxes = told("76:Path not found"), .prepare = "Data file"},
+    {.name = "read-only file there", .boxes = told("70:Permission denied"), .prepare = "read-only", .landsAt = ""},
+    {.name = "not a folder on the way", .boxes = told(kNetNoPath), .statError = ENOTDIR},
+    {.name = "station off", .boxes = told(kNetLost), .statError = EHOSTDOWN},
+    {.name = "input/output error", .boxes = told(kNetLost), .statError = EIO},
+    {.name = "stale handle", .boxes = told(kNetLost), .statError = ESTALE},
+    {.name = "automount failed", .boxes = told(kNetLost), .statError = ENODEV},
 };
 
 // The partner of the pair gets the first names in its spool folder; a station without a partner, with its
 // partner's share missing, or with a share that does not answer, tells the operator nothing more.
 // share: "mounted", "plain folder" (an empty mount point), "read-only", "silent"; logged: the error number.
-struct PartnerCase { const char* name; QStringList own; const char *share, *partner, *logged; };
+struct PartnerCase { const char* name; QList<QHostAddress> own; const char *share, *partner, *logged; };
 const PartnerCase kPartners[] = {
-    {"first of a pair", {"127.0.0.1", "192.168.10.1"}, "mounted", "192.168.10.2", ""},
-    {"second of a pair", {"10.1.1.1", "192.168.10.4"}, "mounted", "192.168.10.3", ""},
-    {"in no pair", {"192.168.10.7", "10.0.0.2"}, "mounted", "", ""},
-    {"loopback only", {"127.0.0.1", "::1"}, "mounted", "", ""},
-    {"share not mounted", {"192.168.10.1"}, "plain folder", "192.168.10.2", "52"},
-    {"read-only spool file", {"192.168.10.2"}, "read-only", "192.168.10.1", "70"},
-    {"share does not answer", {"192.168.10.1"}, "silent", "192.168.10.2", "52"},
+    {"first of a pair", {ip("127.0.0.1"), ip("192.168.10.1")}, "mounted", "192.168.10.2", ""},
+    {"second of a pair", {ip("10.1.1.1"), ip("192.168.10.4")}, "mounted", "192.168.10.3", ""},
+    {"in no pair", {ip("192.168.10.7"), ip("10.0.0.2")}, "mounted", "", ""},
+    {"loopback only", {ip("127.0.0.1"), ip("::1")}, "mounted", "", ""},
+    {"share not mounted", {ip("192.168.10.1")}, "plain folder", "192.168.10.2", "52"},
+    {"read-only spool file", {ip("192.168.10.2")}, "read-only", "192.168.10.1", "70"},
+    {"share does not answer", {ip("192.168.10.1")}, "silent", "192.168.10.2", "52"},
 };
 
 const struct { const char* name; bool spoolFolder; } kRestoreFails[] = {
@@ -272,17 +282,28 @@ private slots:
         }
     }
 
-    void checksBeforeWriting_data() { TableRows(kChecks); }
-    void checksBeforeWriting()
+    void setting_data() { TableRows(kSettings); }
+    void setting()
     {
-        const CheckCase& c = TableRow(kChecks);
+        const SetCase& c = TableRow(kSettings);
+        const QString prepare = QString::fromUtf8(c.prepare), readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
-        PutFile(cname(), GbLines({"[Name]", "01=骨料1"}));
+        PutFile(cname(), before);
         if (c.readOnly)
             QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-        netPath(h->path(QStringLiteral("prod")));
-        QDir().mkpath(h->path(QStringLiteral("prod/Data")));
+        if (c.statError)
+            FolderStatError = [e = c.statError](const QString&) { return e; };
+        if (*c.netPath)
+            netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
+        if (prepare == QLatin1String("Data file")) {
+            PutFile(h->path(QStringLiteral("prod/Data")), "not a folder\r\n");
+        } else if (prepare == QLatin1String("read-only")) {
+            PutFile(readOnly, GbLines({"[Name]", "01=other station"}));
+            QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+        } else if (!prepare.isEmpty()) {
+            QDir().mkpath(h->path(prepare));
+        }
         // The bin tab waits for the first naming only while the file is really missing.
         CNameMissing = c.tab == 2;
         BcBut* f = OpenBcBut();
@@ -291,10 +312,16 @@ private slots:
         mb->queue(c.answer);
         ok(f);
         QCOMPARE(mb->texts, QStringList(c.boxes).replaceInStrings(QStringLiteral("@"), h->dir.path()));
-        QCOMPARE(rawBytes(cname()) != before, c.written);
+        const bool written = c.boxes.contains(kNamesDone) || c.boxes.contains(kBinsDone);
+        QCOMPARE(rawBytes(cname()) != before, written);
+        const QByteArray copy = written && c.boxes.size() == 2 ? rawBytes(cname()) : QByteArray();
+        if (*c.landsAt)
+            QCOMPARE(rawBytes(h->path(QLatin1String(c.landsAt))), copy);
+        if (prepare == QLatin1String("read-only"))
+            QCOMPARE(rawBytes(readOnly), GbLines({"[Name]", "01=other station"}));
         // A refused file is not copied on, and the names stay those of the file.
-        QCOMPARE(QFileInfo::exists(h->path(QStringLiteral("prod/Data/CName.ini"))), c.written);
         QCOMPARE(ErrorLogText().contains(QStringLiteral("ErrNumber:70----Permission denied: ")), c.readOnly);
+        QCOMPARE(ErrorLogText().isEmpty(), !c.readOnly);
         if (c.readOnly)
             QCOMPARE(ScaleName[1], QStringLiteral("骨料2"));
         if (c.boxes.size() == 1 && c.answer)
@@ -304,50 +331,12 @@ private slots:
         QVERIFY(!f->firstNaming());
     }
 
-    void networkCopy_data() { TableRows(kNet); }
-    void networkCopy()
-    {
-        const NetCase& c = TableRow(kNet);
-        const QString prepare = QString::fromUtf8(c.prepare);
-        if (c.statError)
-            FolderStatError = [e = c.statError](const QString&) { return e; };
-        if (*c.netPath)
-            netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
-        const QString readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));
-        if (prepare == QLatin1String("Data file")) {
-            PutFile(h->path(QStringLiteral("prod/Data")), GbLines({"not a folder"}));
-        } else if (prepare == QLatin1String("read-only")) {
-            PutFile(readOnly, GbLines({"[Name]", "01=other station"}));
-            QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-        } else if (!prepare.isEmpty()) {
-            QDir().mkpath(h->path(prepare));
-        }
-        BcBut* f = OpenBcBut();
-        tab(f, 1);
-        ok(f);
-        QStringList boxes{kAskNames, kNamesDone};
-        if (!c.message.isEmpty())
-            boxes << c.message;
-        QCOMPARE(mb->texts, boxes);
-        QVERIFY(!rawBytes(cname()).isEmpty());  // the local file stays set whatever the copy did
-        if (*c.landsAt)
-            QCOMPARE(rawBytes(h->path(QLatin1String(c.landsAt))), rawBytes(cname()));
-        if (prepare == QLatin1String("read-only"))
-            QCOMPARE(rawBytes(readOnly), GbLines({"[Name]", "01=other station"}));
-        QCOMPARE(ErrorLogText(), QString());
-    }
-
     void partnerCopy_data() { TableRows(kPartners); }
     void partnerCopy()
     {
         const PartnerCase& c = TableRow(kPartners);
         const QString share = QLatin1String(c.share), logged = QLatin1String(c.logged);
-        PartnerStation::setAddressSource([own = c.own] {
-            QList<QHostAddress> a;
-            for (const QString& s : own)
-                a << QHostAddress(s);
-            return a;
-        });
+        PartnerStation::setAddressSource([own = c.own] { return own; });
         // A real mount cannot be made here: a folder stands in for it wherever the row says it is mounted.
         // A silent share holds the check until the operator has gone on, longer than the wait allows.
         auto release = std::make_shared<std::promise<void>>();
@@ -365,9 +354,12 @@ private slots:
             QDir().mkpath(stations + QLatin1Char('/') + QLatin1String(host) + QStringLiteral("/drive_c"));
         const QString partnerSpool = stations + QLatin1Char('/') + QLatin1String(c.partner) +
                                      QStringLiteral("/drive_c/Program Files/CNameSpool");
-        if (share == QLatin1String("read-only")) {
-            PutFile(partnerSpool + QStringLiteral("/CName.ini"), GbLines({"[Name]", "01=their own"}));
-            QFile::setPermissions(partnerSpool + QStringLiteral("/CName.ini"), QFile::ReadOwner);
+        const QString partnerFile = partnerSpool + QStringLiteral("/CName.ini");
+        const bool readOnly = share == QLatin1String("read-only");
+        const bool copied = share == QLatin1String("mounted") && *c.partner;
+        if (readOnly) {
+            PutFile(partnerFile, GbLines({"[Name]", "01=their own"}));
+            QFile::setPermissions(partnerFile, QFile::ReadOwner);
         }
         CNameMissing = true;
         BcBut* f = OpenBcBut();
@@ -381,15 +373,10 @@ private slots:
         for (QDirIterator it(stations, {QStringLiteral("CName.ini")}, QDir::Files, QDirIterator::Subdirectories);
              it.hasNext();)
             copies << it.next();
-        if (share == QLatin1String("mounted") && *c.partner) {
-            QCOMPARE(copies, QStringList{partnerSpool + QStringLiteral("/CName.ini")});
-            QCOMPARE(rawBytes(copies.first()), rawBytes(cname()));
-            QVERIFY(AppPaths::isHidden(partnerSpool));
-        } else if (share == QLatin1String("read-only")) {
-            QCOMPARE(rawBytes(partnerSpool + QStringLiteral("/CName.ini")), GbLines({"[Name]", "01=their own"}));
-        } else {
-            QCOMPARE(copies, QStringList());
-        }
+        QCOMPARE(copies, copied || readOnly ? QStringList{partnerFile} : QStringList());
+        QCOMPARE(rawBytes(partnerFile),
+                 copied ? rawBytes(cname()) : readOnly ? GbLines({"[Name]", "01=their own"}) : QByteArray());
+        QCOMPARE(AppPaths::isHidden(partnerSpool), copied);
         const QString log = ErrorLogText();
         QCOMPARE(log.count(QStringLiteral("ErrSub:BackupCNameIni")), logged.isEmpty() ? 0 : 1);
         QCOMPARE(log.count(QStringLiteral("ErrNumber:") + logged + QStringLiteral("----")), logged.isEmpty() ? 0 : 1);

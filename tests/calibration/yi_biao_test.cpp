@@ -42,8 +42,8 @@ const CalCase kCal[] = {
     // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
     {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!",
      {}, {}, {}},
-    {"span, scale 10, unanswered", false, 10, true, Outcome::NoAnswer, WriteFrame("106A", "9D3A") + pulse("001A", "0100"),
-     "分度调校出错，请重新调校!", {}, {}, {}},
+    {"span, scale 10, unanswered", false, 10, true, Outcome::NoAnswer,
+     WriteFrame("106A", "9D3A") + pulse("001A", "0100"), "分度调校出错，请重新调校!", {}, {}, {}},
     {"dry, probe 4", true, 4, false, Outcome::Success, pulse("0017", "2000"), "湿度标定完成!", kZero,
      QStringList{"CengIndex=5"} + kZero, {}},
     {"wet, probe 4", true, 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!",
