@@ -1,6 +1,7 @@
 #include "cal_rig.h"
 
 #include "calibration/frm_jk.h"
+#include "calibration/mb_question.h"
 #include "calibration/records_csv.h"
 #include "common/app_paths.h"
 
@@ -16,6 +17,7 @@
 #include <QPushButton>
 #include <QStringEncoder>
 #include <QTableView>
+#include <QTimer>
 
 using plcsim::Outcome;
 
@@ -184,11 +186,50 @@ const struct { const char *name, *from, *to, *scale, *out; } kCommands[] = {
     {"bad month", "2026-13", "", "", "error: --from: “2026-13”不是月份：请写成 YYYY-MM，例如 2026-03"},
     {"from after to", "2026-11", "2026-01", "", "error: --from 2026-11 晚于 --to 2026-01"},
 };
+struct Seen {
+    QSize size;
+    QPoint pos;
+    QRect label, ok, yes, no;
+    bool okShown = false, yesShown = false;
+};
+
+QPushButton* btn(MbQuestion* box, const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); }
+
+// Shows the box as a caller does and, once it is up, records it and then closes it with `button`
+// (empty: the window's own close).
+Seen showAndAnswer(const QString& text, bool isOk, const char* button)
+{
+    MbText = text;
+    MbIsOk = isOk;
+    Seen seen;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        MbQuestion* box = MbQuestion::showing();
+        if (!box || !box->isVisible())
+            return;
+        poll.stop();
+        seen = {box->size(), box->pos(), box->findChild<QLabel*>(QStringLiteral("LblAsk"))->geometry(),
+                btn(box, "CmdMbOK")->geometry(), btn(box, "CmdYes")->geometry(), btn(box, "CmdNo")->geometry(),
+                btn(box, "CmdMbOK")->isVisible(), btn(box, "CmdYes")->isVisible() && btn(box, "CmdNo")->isVisible()};
+        *button ? btn(box, button)->click() : void(box->close());
+    });
+    poll.start(5);
+    ShowMbQuestion();
+    return seen;
+}
+
+const struct { const char *name, *button; bool isOk, before, result; } kAnswers[] = {
+    {"OK", "CmdMbOK", true, false, true},
+    {"Yes", "CmdYes", false, false, true},
+    {"No", "CmdNo", false, true, false},
+    {"closed, result kept true", "", false, true, true},
+    {"closed, result kept false", "", true, false, false},
+};
 }  // namespace
 
 // The weight calibration form on the wire, the records it leaves, and the moisture form beside it; the
 // operation list as the record viewer shows it (order, the row shift of an empty field, the grid's columns, a
-// long file read whole), its export and the records command.
+// long file read whole), its export and the records command; the own message box.
 class YIBiaoTest : public QObject {
     Q_OBJECT
 private slots:
@@ -568,6 +609,43 @@ private slots:
         for (const QString& row : lines.mid(1))
             got << row.section(QLatin1Char(','), 0, 1).replace(QLatin1Char(','), QLatin1Char(' '));
         QCOMPARE(got.join(QLatin1Char('|')), out);
+    }
+
+    void answers_data() { TableRows(kAnswers); }
+    void answers()
+    {
+        const auto& c = TableRow(kAnswers);
+        delete std::exchange(mb, nullptr);  // this operator answers by hand
+        MbResult = c.before;
+        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), c.isOk, c.button);
+        QCOMPARE(s.okShown, c.isOk);
+        QCOMPARE(s.yesShown, !c.isOk);
+        QCOMPARE(MbResult, c.result);
+        QVERIFY(!MbQuestion::showing());
+    }
+
+    // No width of its own: a short text gets a narrow box. Over the calibration form it sits below the values.
+    void sizeAndPlace()
+    {
+        delete std::exchange(mb, nullptr);
+        Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
+        CurrentForm = QStringLiteral("YIBiao");
+        const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
+        const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
+        const Seen tall =
+            showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
+        QCOMPARE(small.pos, QPoint(120, 90 + 180));
+        QVERIFY(wide.size.width() > small.size.width());
+        QVERIFY(tall.size.height() > small.size.height());
+        for (const Seen& s : {small, wide, tall}) {
+            // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
+            QCOMPARE(s.size.width(), s.label.width() + 66);
+            QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);
+            QCOMPARE(s.yes.top(), s.label.bottom() + 1 + 13);
+            QCOMPARE(s.yes.left(), (s.size.width() - 106) / 2);
+            QCOMPARE(s.no.left(), s.yes.left() + 60);
+            QCOMPARE(s.ok.left(), (s.size.width() - s.ok.width()) / 2);
+        }
     }
 
 private:
