@@ -107,13 +107,12 @@ QStringList binsPart(const QString& time)
             "[10]", "01=", "02=", "", "[12]", "01=外加剂19", "", "[13]", "01=外加剂20", "", "[14]", "01="};
 }
 
-
 // A setting from a CName.ini of one name: what the operator is told, the file, and its copy for the production
-// control system at landsAt, made only by a setting that went through without a word more. readOnly: CName.ini
+// control system in folder, made only by a setting that went through without a word more. readOnly: CName.ini
 // without write permission, refused, told and logged; "@" stands for the application folder. netPath: where
-// NetPath.ini points (empty: no file); prepare: the folder made, or "Data file" / "read-only"; statError: what
-// looking at the folder fails with. Only a folder that is not there is a missing path; a share that cannot be
-// looked at is a lost network.
+// NetPath.ini points (empty: no file); there: "file" where the folder should be, or a "read-only" CName.ini in
+// it; statError: what looking at the folder fails with. Only a folder that is not there is a missing path; a
+// share that cannot be looked at is a lost network.
 const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
 const QString kRefused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
 QStringList told(const QString& more = {})
@@ -126,7 +125,7 @@ struct SetCase {
     const char *box = "TxtDCansd(1)", *typed = "砂";
     int tab = 1;
     bool answer = true, readOnly = false;
-    const char *netPath = "@/prod", *prepare = "prod/Data", *landsAt = "prod/Data/CName.ini";
+    const char *netPath = "@/prod", *folder = "prod/Data", *there = "";
     int statError = 0;
     bool spoolFolder = false;  // made before a restore: a failed copy leaves the present names there
 };
@@ -139,18 +138,16 @@ const SetCase kSettings[] = {
     {"bins, answer no", {kAskBins}, "TxtDCansdName(9)", "P.O", 2, false},
     {"names refused", {kAskNames, "电子秤名称" + kRefused}, "TxtDCansd(1)", "砂", 1, true, true},
     {"bins refused", {kAskBins, "料仓名称" + kRefused}, "TxtDCansdName(9)", "P.O", 2, true, true},
-    {.name = "no NetPath.ini", .boxes = told(kNetNoPath), .netPath = "", .prepare = ""},
-    {.name = "no Data folder there", .boxes = told(kNetNoPath), .prepare = "prod"},
+    {.name = "no NetPath.ini", .boxes = told(kNetNoPath), .netPath = ""},
+    {.name = "no Data folder there", .boxes = told(kNetNoPath), .folder = "prod"},
     {.name = "folder of this station", .boxes = told()},
     {.name = "share of a station", .boxes = told(), .netPath = "\\\\192.168.10.9\\prod",
-     .prepare = "stations/192.168.10.9/prod/Data", .landsAt = "stations/192.168.10.9/prod/Data/CName.ini"},
+     .folder = "stations/192.168.10.9/prod/Data"},
     {.name = "drive of a station", .boxes = told(), .netPath = "\\\\192.168.10.9\\D$\\Prod\\",
-     .prepare = "stations/192.168.10.9/drive_d/Prod/Data",
-     .landsAt = "stations/192.168.10.9/drive_d/Prod/Data/CName.ini"},
-    {.name = "drive letter", .boxes = told(), .netPath = "D:\\Prod", .prepare = "drive_d/Prod/Data",
-     .landsAt = "drive_d/Prod/Data/CName.ini"},
-    {.name = "Data is a file", .boxes = told("76:Path not found"), .prepare = "Data file"},
-    {.name = "read-only file there", .boxes = told("70:Permission denied"), .prepare = "read-only", .landsAt = ""},
+     .folder = "stations/192.168.10.9/drive_d/Prod/Data"},
+    {.name = "drive letter", .boxes = told(), .netPath = "D:\\Prod", .folder = "drive_d/Prod/Data"},
+    {.name = "Data is a file", .boxes = told("76:Path not found"), .there = "file"},
+    {.name = "read-only file there", .boxes = told("70:Permission denied"), .there = "read-only"},
     {.name = "not a folder on the way", .boxes = told(kNetNoPath), .statError = ENOTDIR},
     {.name = "station off", .boxes = told(kNetLost), .statError = EHOSTDOWN},
     {.name = "input/output error", .boxes = told(kNetLost), .statError = EIO},
@@ -586,7 +583,7 @@ private slots:
             QCOMPARE(rawBytes(spool()), first);
             QVERIFY(AppPaths::isHidden(CNameSpoolFolder()));
             QCOMPARE(rawBytes(h->path(QStringLiteral("prod/Data/CName.ini"))), first);
-            QCOMPARE(caption(f, "LblCansdName(9)"), QStringLiteral("水泥AM1"));
+            QCOMPARE(label(f, "LblCansdName(9)")->text(), QStringLiteral("水泥AM1"));
             QVERIFY(!f->firstNaming() && !CNameMissing);
             QVERIFY(Ctl(f, QStringLiteral("ImgReturn"))->isVisible());
             for (const auto& r : rows)
@@ -666,7 +663,8 @@ private slots:
     void setting()
     {
         const SetCase& c = TableRow(kSettings);
-        const QString prepare = QString::fromUtf8(c.prepare), readOnly = h->path(QStringLiteral("prod/Data/CName.ini"));
+        const QString folder = h->path(QLatin1String(c.folder)), there = QLatin1String(c.there);
+        const QString copyAt = folder + QStringLiteral("/CName.ini");
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
         PutFile(cname(), before);
@@ -676,13 +674,13 @@ private slots:
             FolderStatError = [e = c.statError](const QString&) { return e; };
         if (*c.netPath)
             netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
-        if (prepare == QLatin1String("Data file")) {
-            PutFile(h->path(QStringLiteral("prod/Data")), "not a folder\r\n");
-        } else if (prepare == QLatin1String("read-only")) {
-            PutFile(readOnly, GbLines({"[Name]", "01=other station"}));
-            QFile::setPermissions(readOnly, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-        } else if (!prepare.isEmpty()) {
-            QDir().mkpath(h->path(prepare));
+        if (there == QLatin1String("file"))
+            PutFile(folder, "not a folder\r\n");
+        else
+            QDir().mkpath(folder);
+        if (there == QLatin1String("read-only")) {
+            PutFile(copyAt, GbLines({"[Name]", "01=other station"}));
+            QFile::setPermissions(copyAt, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         }
         if (c.spoolFolder)
             QDir().mkpath(CNameSpoolFolder());
@@ -700,11 +698,9 @@ private slots:
         QCOMPARE(mb->texts, QStringList(c.boxes).replaceInStrings(QStringLiteral("@"), h->dir.path()));
         const bool written = c.boxes.contains(kNamesDone) || c.boxes.contains(kBinsDone);
         QCOMPARE(rawBytes(cname()) != before, written);
-        const QByteArray copy = written && c.boxes.size() == 2 ? rawBytes(cname()) : QByteArray();
-        if (*c.landsAt)
-            QCOMPARE(rawBytes(h->path(QLatin1String(c.landsAt))), copy);
-        if (prepare == QLatin1String("read-only"))
-            QCOMPARE(rawBytes(readOnly), GbLines({"[Name]", "01=other station"}));
+        QCOMPARE(rawBytes(copyAt), there == QLatin1String("read-only") ? GbLines({"[Name]", "01=other station"})
+                                   : written && c.boxes.size() == 2    ? rawBytes(cname())
+                                                                       : QByteArray());
         // A refused file is not copied on, and the names stay those of the file.
         QCOMPARE(ErrorLogText().contains(QStringLiteral("ErrNumber:70----Permission denied: ")), c.readOnly);
         QCOMPARE(ErrorLogText().isEmpty(), !c.readOnly);
@@ -959,12 +955,10 @@ private slots:
         BiaoZeroTime[13] = QStringLiteral("t");
         AppendZeroRecord(13);
         AppendWeightRecord(13);
-        QString text;
-        QVERIFY(TextFile::read(h->path(QStringLiteral("202611BiaoCen.txt")), &text));
-        QVERIFY(text.startsWith(QStringLiteral("外加剂3秤BiaoZeroTime=t\r\n")));
-        QVERIFY(text.contains(QStringLiteral("\r\nCengIndex=14\r\n")));
-        QVERIFY(TextFile::read(h->path(QStringLiteral("drive_c/Program Files/MswSpool/202611MswSpool.txt")), &text));
-        QVERIFY(text.startsWith(QStringLiteral("CengIndex=14\r\n")));
+        const QByteArray monthly = rawBytes(h->path(QStringLiteral("202611BiaoCen.txt")));
+        QVERIFY(monthly.startsWith(GbLines({"外加剂3秤BiaoZeroTime=t"})) && monthly.contains("\r\nCengIndex=14\r\n"));
+        QVERIFY(rawBytes(h->path(QStringLiteral("drive_c/Program Files/MswSpool/202611MswSpool.txt")))
+                    .startsWith("CengIndex=14\r\n"));
     }
 
     // The rows as read from the file, again on a new date (the date does not filter), in the design's
@@ -1189,7 +1183,6 @@ private:
     void ok(BcBut* f) { ClickOn(Ctl(f, QStringLiteral("lblBdOk"))); }
     void type(BcBut* f, const char* box, const char* text) { Ctl<QLineEdit>(f, QLatin1String(box))->setText(QString::fromUtf8(text)); }
     QString box(BcBut* f, const char* name) { return Ctl<QLineEdit>(f, QLatin1String(name))->text(); }
-    QString caption(BcBut* f, const char* name) { return Ctl<QLabel>(f, QLatin1String(name))->text(); }
     QString cname() const { return h->path(QStringLiteral("Data/CName.ini")); }
     QString spool() const { return CNameSpoolFolder() + QStringLiteral("/CName.ini"); }
     void netPath(const QString& path)
