@@ -1,9 +1,6 @@
-// The calibration forms as the engineer uses them. The menu: the gate, the scales it opens, the hardware
-// initialisation, and the name and bin tabs: CName.ini on disk, the spool copy of the first names, the copies
-// for the partner station and the production control system, and the restore. The weight calibration form on
-// the wire, the records it leaves, and the moisture form beside it; the operation list as the record viewer
-// shows it (order, the row shift of an empty field, the grid's columns, a long file read whole), its export
-// and the records command; the own message box.
+// The calibration forms as the engineer uses them: the menu with its gate and its name tabs, the weight and
+// moisture calibration on the wire and the records they leave, the record viewer, its export and the records
+// command, and the own message box.
 #include "cal_rig.h"
 
 #include "calibration/cname_files.h"
@@ -497,8 +494,7 @@ private slots:
     void hardwareInitialisation_data() { TableRows(kInit); }
     void hardwareInitialisation()
     {
-        QFETCH(int, row);
-        const int finishAt = kInit[row].finishAt;
+        const int finishAt = TableRow(kInit).finishAt;
         GatePassed = true;
         Link().Timer1.setInterval(3600 * 1000);  // ticks of the poll are driven by hand
         h->sim.setInitNever(finishAt != 0);
@@ -856,9 +852,8 @@ private slots:
     void statusReply_data() { TableRows(kReplies); }
     void statusReply()
     {
-        QFETCH(int, row);
-        const int tab = kReplies[row].tab;
-        const bool taken = kReplies[row].taken;
+        const auto& c = TableRow(kReplies);
+        const bool taken = c.taken;
         QWidget* f = openAt(0);
         clickTab(f, 1);
         waitIdle();
@@ -866,24 +861,24 @@ private slots:
         // The reply is handed over as the dispatch would, without the pulses.
         Link().Timer3.stop();
         ZeroRequest = false;
-        if (tab >= 0)
-            clickTab(f, tab);
+        if (c.tab >= 0)
+            clickTab(f, c.tab);
         waitIdle();
         h->takeFrames();
         SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), QStringLiteral("XXX"));
-        SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), QLatin1String(kReplies[row].reply));
+        SetSlot(QStringLiteral("YIBiao"), QStringLiteral("txtBCSuccessRead"), QLatin1String(c.reply));
 
         QLabel* line = label(f, "LbLBLwc");
         QCOMPARE(line->text(),
                  taken ? QStringLiteral("零位调校完成，请再进行实际验秤!") : QStringLiteral("正在零位调校，请稍候......"));
         QCOMPARE(QFile::exists(opRecords()), taken);
         QCOMPARE(QFile::exists(monthly()), taken);
-        QCOMPARE(line->isHidden() && label(f, "LbLBZwc")->isHidden(), tab >= 0);
+        QCOMPARE(line->isHidden() && label(f, "LbLBZwc")->isHidden(), c.tab >= 0);
         if (taken)
             QCOMPARE(TextColor(line), QColor(0, 0x80, 0));
         QCOMPARE(Link().Timer1.isActive(), taken);
         waitIdle();
-        if (tab < 0)  // a tab restarts the live values of its own
+        if (c.tab < 0)  // a tab restarts the live values of its own
             QCOMPARE(h->takeFrames().contains(kLiveRead), taken);
     }
 
@@ -1002,10 +997,8 @@ private slots:
     void refusedWritesAreLogged_data() { TableRows(kRefusedWrites); }
     void refusedWritesAreLogged()
     {
-        QFETCH(int, row);
-        const QString path = h->path(QLatin1String(kRefusedWrites[row].file));
-        const QString routine = QLatin1String(kRefusedWrites[row].routine);
-        CalClock = [] { return QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)); };
+        const auto& c = TableRow(kRefusedWrites);
+        const QString path = h->path(QLatin1String(c.file)), routine = QLatin1String(c.routine);
         PutFile(path, "kept\r\n");
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
         // An operator other than the superuser, whom permissions do not stop, in folders open to him.
@@ -1031,9 +1024,8 @@ private slots:
     void csvQuoting_data() { TableRows(kCsvFields); }
     void csvQuoting()
     {
-        QFETCH(int, row);
-        QCOMPARE(CsvRow({QString::fromUtf8(kCsvFields[row].field), QStringLiteral("标零")}),
-                 QByteArray(kCsvFields[row].csv) + ",标零\r\n");
+        const auto& c = TableRow(kCsvFields);
+        QCOMPARE(CsvRow({QString::fromUtf8(c.field), QStringLiteral("标零")}), QByteArray(c.csv) + ",标零\r\n");
     }
 
     // Ctrl+S on the viewer: a write that fails says so and leaves no file; then the rows shown, every field as
