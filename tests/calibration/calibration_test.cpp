@@ -39,14 +39,8 @@ bool shown(BcBut* f, const char* control) { return !Ctl(f, QLatin1String(control
 QString status(BcBut* f) { return f->LbLCssdS->isHidden() ? QString() : f->LbLCssdS->text(); }
 
 // Codes typed in turn, "dated": the code and today's month plus day. Outcome: "gate", "menu" or "ended".
-struct GateCase {
-    const char* name;
-    short mode;
-    bool passedEarlier, firstNaming;
-    QStringList codes;
-    int wrong;
-    const char* outcome;
-};
+struct GateCase { const char* name; short mode; bool passedEarlier, firstNaming; QStringList codes; int wrong;
+                  const char* outcome; };
 const QStringList kFourWrong(4, QStringLiteral("12345"));
 const GateCase kGate[] = {
     {"calibration, first time", 0, false, false, {}, 0, "gate"},
@@ -350,12 +344,7 @@ const struct { const char *name, *from, *to, *scale, *out; } kCommands[] = {
     {"bad month", "2026-13", "", "", "error: --from: “2026-13”不是月份：请写成 YYYY-MM，例如 2026-03"},
     {"from after to", "2026-11", "2026-01", "", "error: --from 2026-11 晚于 --to 2026-01"},
 };
-struct Seen {
-    QSize size;
-    QPoint pos;
-    QRect label, ok, yes, no;
-    bool okShown = false, yesShown = false;
-};
+struct Seen { QSize size; QPoint pos; QRect label, ok, yes, no; bool okShown = false, yesShown = false; };
 
 QPushButton* btn(MbQuestion* box, const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); }
 
@@ -528,11 +517,9 @@ private slots:
         QCOMPARE(h->sim.sBit(211), finishAt < 0);
     }
 
-    // Two operators of the group, umask 022 both: A names the scales of a plant, most of them valid UTF-8 by
-    // chance in GB18030, and the first naming writes the whole file, its spool copy and the production copy;
-    // his second naming and his bins change the file but not the spool, so that the restore brings the first
-    // names back. B then renames a scale and records; after a restart the names and the values saved under
-    // them are back, and nothing failed.
+    // Two operators of the group, umask 022 both. A's first naming of a plant's names (most of them valid UTF-8
+    // by chance in GB18030) is the factory set in the spool; his later names and bins are not, so the restore
+    // brings the first back. B renames a scale and records; after a restart all is back, and nothing failed.
     void namingByTwoOperators()
     {
         // box: TxtDCansd(box); gb: the bytes written under key, empty for the scale not in use.
