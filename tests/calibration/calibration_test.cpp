@@ -994,8 +994,9 @@ private slots:
         }
         QCOMPARE(rawBytes(path), QByteArray("kept\r\n"));
         const QString log = ErrorLogText();
-        const QString logged = "ErrNumber:70----Permission denied: " + path + "\r\nErrForm:Module1\r\nErrSub:" + routine;
-        QVERIFY2(log.contains(logged), qPrintable(log));
+        QVERIFY2(log.contains("ErrNumber:70----Permission denied: " + path + "\r\nErrForm:Module1\r\nErrSub:" +
+                              routine),
+                 qPrintable(log));
     }
 
     // A field as CSV writes it, inside a row: quoted when it must be, quotes doubled, UTF-8, CRLF at the end.
