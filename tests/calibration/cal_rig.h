@@ -25,3 +25,11 @@ inline BcBut* OpenBcBut(short mode = 0)
     Forms::show(QStringLiteral("BcBut"));
     return qobject_cast<BcBut*>(Forms::loaded(QStringLiteral("BcBut")));
 }
+// A file with exactly these bytes, its folders made.
+inline void PutFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QCOMPARE(f.write(bytes), bytes.size());
+}
