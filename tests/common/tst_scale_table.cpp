@@ -17,15 +17,27 @@ const QStringList kDefaultScales = QStringList({"骨料1", "骨料2", "骨料3",
                                        "外加剂1", "外加剂2", "", "", ""});
 const QList<short> kDefaultVibrators{0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0};
 
-// A damaged or missing file, and what the console takes from it.
-struct Damaged {
-    QByteArray blz;  // empty: no file
-    QString cname;   // fixture copied to Data/CName.ini; empty: none
-    int port;
-    QString help, biao;  // biao: BiaoZeroTime of scale 0
+// A damaged or missing file, and what the console takes from it. blz empty: no file; cname: the fixture copied
+// to Data/CName.ini (empty: none); biao: BiaoZeroTime of scale 0.
+const struct { const char* name; QByteArray blz; const char* cname; int port; const char *help, *biao; } kDamaged[] = {
+    {"empty help is 1", "COMPort=4\r\nIsShowCsHelp=\r\n", "", 4, "1", ""},
+    {"port beyond 16 bits", "COMPort=70000\r\n", "", 2, "1", ""},
+    {"binary BLZConfig.dat", rawBytes(fixture("BLZConfig_binary.dat")), "", 2, "1", ""},
+    {"truncated BLZConfig.dat", rawBytes(fixture("BLZConfig_truncated.dat")), "", 5, "0", "值0"},
+    {"CName.ini of long lines", {}, "CName_longlines.ini", 2, "1", "stale"},
+    {"binary CName.ini", {}, "BLZConfig_binary.dat", 2, "1", "stale"},
+};
+
+// The names file, empty: none.
+const QString kNames = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
+const struct { const char* name; QByteArray cname; bool unreadable; } kNamesFiles[] = {
+    {"GB18030", TextFile::encode(kNames), false},
+    {"UTF-8 with a BOM", "\xEF\xBB\xBF" + kNames.toUtf8(), false},
+    {"UTF-16 with a BOM", u16(kNames), false},
+    {"missing", {}, false},
+    {"unreadable", TextFile::encode(kNames), true},
 };
 }  // namespace
-Q_DECLARE_METATYPE(Damaged)
 
 class ScaleTableTest : public QObject {
     Q_OBJECT
@@ -90,22 +102,12 @@ private slots:
     }
 
     // Damaged or missing files leave the default names; a save after that writes a whole, readable file.
-    void blzLoad_data()
-    {
-        QTest::addColumn<Damaged>("c");
-        QTest::newRow("empty help is 1") << Damaged{"COMPort=4\r\nIsShowCsHelp=\r\n", "", 4, "1", ""};
-        QTest::newRow("port beyond 16 bits") << Damaged{"COMPort=70000\r\n", "", 2, "1", ""};
-        QTest::newRow("binary BLZConfig.dat") << Damaged{rawBytes(fixture("BLZConfig_binary.dat")), "", 2, "1", ""};
-        QTest::newRow("truncated BLZConfig.dat")
-            << Damaged{rawBytes(fixture("BLZConfig_truncated.dat")), "", 5, "0", "值0"};
-        QTest::newRow("CName.ini of long lines") << Damaged{{}, "CName_longlines.ini", 2, "1", "stale"};
-        QTest::newRow("binary CName.ini") << Damaged{{}, "BLZConfig_binary.dat", 2, "1", "stale"};
-    }
+    void blzLoad_data() { TableRows(kDamaged); }
     void blzLoad()
     {
-        QFETCH(Damaged, c);
+        const auto& c = TableRow(kDamaged);
         if (!c.blz.isEmpty()) QVERIFY(putBytes(app("Data/BLZConfig.dat"), c.blz));
-        if (!c.cname.isEmpty()) QVERIFY(QFile::copy(fixture(c.cname), app("Data/CName.ini")));
+        if (*c.cname) QVERIFY(QFile::copy(fixture(c.cname), app("Data/CName.ini")));
         PortNo = 9;
         ShowCsHelp = "x";
         LoadBLZConfig();
@@ -122,21 +124,10 @@ private slots:
 
     // The values of a scale are stored under its name: a names file that cannot be read this run must not
     // cost them at the save on exit.
-    void valuesSurviveTheNamesFile_data()
-    {
-        QTest::addColumn<QByteArray>("cname");  // empty: no file
-        QTest::addColumn<bool>("unreadable");
-        const QString text = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
-        QTest::newRow("GB18030") << TextFile::encode(text) << false;
-        QTest::newRow("UTF-8 with a BOM") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << false;
-        QTest::newRow("UTF-16 with a BOM") << u16(text) << false;
-        QTest::newRow("missing") << QByteArray() << false;
-        QTest::newRow("unreadable") << TextFile::encode(text) << true;
-    }
+    void valuesSurviveTheNamesFile_data() { TableRows(kNamesFiles); }
     void valuesSurviveTheNamesFile()
     {
-        QFETCH(QByteArray, cname);
-        QFETCH(bool, unreadable);
+        const auto& [name, cname, unreadable] = TableRow(kNamesFiles);
         const QString at = QStringLiteral("2026/3/5 14:03:22");
         QVERIFY(putBytes(app("Data/BLZConfig.dat"),
                          GbLines({"COMPort=3", "IsShowCsHelp=1", "石子BiaoZeroTime=" + at, "石子BiaoZeroADValue=3000",
