@@ -304,31 +304,25 @@ private slots:
                  qPrintable(ErrorLogText()));
     }
 
-    // The newest files stay; only trace files count, and only the oldest of them go.
-    void keepsTheNewestFiles_data()
-    {
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("gone");  // how many of the oldest went
-        QTest::newRow("19 before: all stay") << 19 << 0;
-        QTest::newRow("20 before: the oldest goes") << 20 << 1;
-        QTest::newRow("25 before: six go") << 25 << 6;
-    }
+    // The newest files stay; only trace files count, and only the oldest of them go: of 19 none, of 20 the
+    // oldest, of 25 six.
     void keepsTheNewestFiles()
     {
-        QFETCH(int, before);
-        QFETCH(int, gone);
         const QString folder = h->path(QStringLiteral("ProgramErr"));
-        QDir().mkpath(folder);
-        QStringList old;
-        for (int i = 0; i < before; ++i) {
-            old << QStringLiteral("LinkTrace-202601%1-090000-000.txt").arg(i + 1, 2, 10, QLatin1Char('0'));
-            QVERIFY(TextFile::writeLines(folder + QLatin1Char('/') + old.last(), {QStringLiteral("x")}));
+        for (const auto& [before, gone] : {std::pair{19, 0}, {20, 1}, {25, 6}}) {
+            QDir(folder).removeRecursively();
+            QDir().mkpath(folder);
+            QStringList old;
+            for (int i = 0; i < before; ++i) {
+                old << QStringLiteral("LinkTrace-202601%1-090000-000.txt").arg(i + 1, 2, 10, QLatin1Char('0'));
+                QVERIFY(TextFile::writeLines(folder + QLatin1Char('/') + old.last(), {QStringLiteral("x")}));
+            }
+            QVERIFY(TextFile::writeLines(folder + QStringLiteral("/20261ErrLog.txt"), {QStringLiteral("x")}));
+            WriteTraceFile(LinkTrace(), folder, QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)));
+            const QStringList kept =
+                QStringList{"20261ErrLog.txt"} + old.mid(gone) + QStringList{"LinkTrace-20260305-140322-000.txt"};
+            QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name), kept);
         }
-        QVERIFY(TextFile::writeLines(folder + QStringLiteral("/20261ErrLog.txt"), {QStringLiteral("x")}));
-        WriteTraceFile(LinkTrace(), folder, QDateTime(QDate(2026, 3, 5), QTime(14, 3, 22)));
-        const QStringList kept =
-            QStringList{"20261ErrLog.txt"} + old.mid(gone) + QStringList{"LinkTrace-20260305-140322-000.txt"};
-        QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name), kept);
     }
 
     void everyStepEveryFault_data()
