@@ -266,7 +266,6 @@ private slots:
         QCOMPARE(r.h.sim.word(203), short(450));
     }
 
-    // A port that is held is the pseudo-terminal test's; here, one that is not there.
     void portMissing()
     {
         Rig r;

@@ -68,7 +68,6 @@ const struct Outcome {
 };
 
 
-// The device gone is the same nine sends and box whatever the step: faultLeavesTheTraceFile.
 enum Fault { NoReply, Nak, Garbage, Short, Long, Late };
 const char* const kFaultNames[] = {"no reply", "NAK", "garbage", "short", "long", "late"};
 
@@ -84,7 +83,7 @@ struct Step {
     bool badHides = false;   // the caption goes, its text written, when the write has to be repeated
 };
 
-// A step not here takes a spoilt reply as the outcomes show; its good one is in everyStepWithoutItsForm.
+// A step not here, or a device gone, goes as outcomes and faultLeavesTheTraceFile show, whatever the step.
 const Step kSteps[] = {
     {8, 30, "S500", "", "", "", ""},
     {9, 0, "", "Cansd", "LbLCssdS", "参数设定成功!", "正在尝试继续参数设定!"},

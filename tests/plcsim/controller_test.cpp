@@ -141,7 +141,6 @@ private slots:
         c.injectFault(s.fault, s.count);
         for (int i = 0; i < s.count; ++i) c.feed(s.request);
         const int each = int(s.prefix.size()) + s.junk;
-        // That the late answer comes late shows on the console's side: the engine test's late row.
         QTRY_COMPARE(got_.size(), qsizetype(s.count * each));
         for (int i = 0; i < got_.size(); i += each) {
             QCOMPARE(got_.mid(i, s.prefix.size()), s.prefix);
@@ -274,7 +273,6 @@ private slots:
         QCOMPARE(ask(F("1001A020800"), 1), QByteArray("\x06"));
         QCOMPARE(ask(kReadStatus, 8), F("0000"));
         QTRY_COMPARE_WITH_TIMEOUT(ask(kReadStatus, 8), F("8000"), kStartMs);
-        // The control commands at work on the line are the console's pseudo-terminal test's.
 
         port.close();
         if (commissioned)
