@@ -1,5 +1,7 @@
 // orvaplccfg against the in-process controller: what a commissioning engineer sees of a saved plant, a
-// changed controller, a restore, a refused file and a link that fails half way.
+// changed controller, a restore, a refused file and a link that fails half way. Then the installed command
+// as a user runs it: the real executable in an application folder of its own, through the real serial port
+// code on a pseudo-terminal, to the standalone controller started as a commissioned plant.
 #include "test_support.h"
 
 #include "cfg/cfg_commands.h"
@@ -7,7 +9,11 @@
 #include "common/text_file.h"
 #include "plcsim/sim_port.h"
 
+#include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSerialPort>
 
 namespace {
 
@@ -45,15 +51,9 @@ struct Rig {
     int lineOf(const QString& prefix)
     {
         const QStringList l = lines();
-        const QString section = prefix.section(QLatin1Char('\n'), -2, -2);
-        const QString start = prefix.section(QLatin1Char('\n'), -1);
-        int i = 0;
-        while (!section.isEmpty() && i < l.size() && !l[i].startsWith(section))
-            ++i;
-        for (; i < l.size(); ++i)
-            if (l[i].startsWith(start))
-                return i + 1;
-        return 0;
+        const auto starts = [](const QString& s) { return QRegularExpression(QRegularExpression::escape(s) + ".*"); };
+        const qsizetype from = prefix.contains(u'\n') ? l.indexOf(starts(prefix.section(u'\n', 0, 0))) : 0;
+        return int(l.indexOf(starts(prefix.section(u'\n', -1)), from)) + 1;
     }
     // The first line that starts with prefix becomes `text`; no text: the file ends before it.
     void edit(const char* prefix, const char* text)
@@ -64,8 +64,7 @@ struct Rig {
             l[n] = QString::fromUtf8(text);
         else
             l = l.mid(0, n);
-        const QString all = l.join(QStringLiteral("\r\n"));
-        TextFile::writeBytes(file, "\xEF\xBB\xBF" + TextFile::encodeAs(all, TextFile::Encoding::Utf8));
+        TextFile::writeBytes(file, "\xEF\xBB\xBF" + TextFile::encodeAs(l.join(u"\r\n"), TextFile::Encoding::Utf8));
     }
 };
 
@@ -119,16 +118,72 @@ const struct { const char* name; int neighbour; } kNeighbours[] = {
     {"scale before's fifth bit, second digit", 520},
 };
 
-const struct { const char* name; PortOpenError error; const char *port, *message; } kPorts[] = {
-    {"held by another program", PortOpenError::InUse, "", "Com2端口已被其它程序占用!请重新设置端口！"},
-    {"no such port", PortOpenError::Missing, "com5", "Com5端口无效!请重新设置端口！"},
-};
+constexpr int kSlowMs = 60000;  // a sanitizer build starts slowly
 
+// The rows run in order, as one session: commands to the controller first, whether another program holds the
+// port, the arguments, the exit code, the output and the last line of standard error.
+const struct { const char *name, *setUp; bool held; const char* args; int exit; const char *out, *err; } kSession[] = {
+    {"save", "", false, "save plant.cfg", 0, "", ""},
+    {"two parameters and a sensor load restored", "set D355 80;set D358 300;set D203 450", false,
+     "restore --yes plant.cfg", 0,
+     "骨料4 [scale03.params] 落差调整值: 80 -> 60\n骨料4 [scale03.params] 慢速配料值: 300 -> 350\n"
+     "传感器配置设定 [D200] 骨料4: 450 -> 500",
+     "已写入：scale03.params, D200"},
+    {"equal again, the port given by its device", "", false, "--port ttyPLC diff plant.cfg", 0, "", ""},
+    {"port held by another program", "", true, "save other.cfg", 2, "", "Com2端口已被其它程序占用!请重新设置端口！"},
+};
 }  // namespace
 
 class CfgTest : public QObject {
     Q_OBJECT
 private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        link = dir.filePath(QStringLiteral("ttyPLC"));
+        exe = dir.filePath(QStringLiteral("orvaplccfg"));
+        QVERIFY(QFile::copy(QStringLiteral(ORVAPLCCFG_EXE), exe));
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("Data")));
+        QVERIFY(TextFile::writeLines(dir.filePath(QStringLiteral("Data/ComPorts.ini")),
+                                     {QStringLiteral("[ComPorts]"), QStringLiteral("Com2=") + link}));
+        sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        sim.start(QStringLiteral(PLCSIM_EXE), {"--commissioned", "--control-stdin", "--no-live", "--link", link});
+        QVERIFY(sim.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kSlowMs);
+        sim.readLine();
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(link).isSymLink(), kSlowMs);
+    }
+    void cleanupTestCase()
+    {
+        sim.write("quit\n");
+        if (!sim.waitForFinished(kSlowMs))
+            sim.kill();
+    }
+
+    void session_data() { TableRows(kSession); }
+    void session()
+    {
+        const auto& c = TableRow(kSession);
+        for (const QString& command : QString::fromLatin1(c.setUp).split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+            sim.write(command.toUtf8() + '\n');
+            QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kSlowMs);
+            QCOMPARE(sim.readLine().trimmed(), QByteArray("ok"));
+        }
+        QSerialPort other(link);
+        if (c.held)
+            QVERIFY(other.open(QIODevice::ReadWrite));
+
+        QProcess cfg;
+        cfg.setWorkingDirectory(dir.path());
+        cfg.start(exe, QString::fromLatin1(c.args).split(QLatin1Char(' ')));
+        cfg.closeWriteChannel();
+        QVERIFY(cfg.waitForFinished(kSlowMs));
+        const QString stdErr = QString::fromUtf8(cfg.readAllStandardError()).trimmed();
+        QCOMPARE(QString::fromUtf8(cfg.readAllStandardOutput()).trimmed(), QString::fromUtf8(c.out));
+        QCOMPARE(stdErr.section(QLatin1Char('\n'), -1), QString::fromUtf8(c.err));
+        QCOMPARE(cfg.exitCode(), c.exit);
+    }
+
     void saveChangeDiffRestore_data() { TableRows(kChanges); }
     void saveChangeDiffRestore()
     {
@@ -211,21 +266,23 @@ private slots:
         QCOMPARE(r.h.sim.word(203), short(450));
     }
 
-    void portNotOpened_data() { TableRows(kPorts); }
-    void portNotOpened()
+    void portMissing()
     {
-        const auto& c = TableRow(kPorts);
         Rig r;
         SetPortFactory([&](int) {
             auto* p = new plcsim::SimPort(&r.h.sim);
-            p->setOpenError(c.error);
+            p->setOpenError(PortOpenError::Missing);
             return p;
         });
-        r.run.port = QString::fromUtf8(c.port);
+        r.run.port = QStringLiteral("com5");
         QCOMPARE(CfgSave(r.run, r.file), int(kCfgError));
-        QCOMPARE(r.err, QStringList{QString::fromUtf8(c.message)});
+        QCOMPARE(r.err, QStringList{QStringLiteral("Com5端口无效!请重新设置端口！")});
         QVERIFY(!QFile::exists(r.file));
     }
+private:
+    QTemporaryDir dir;
+    QString link, exe;
+    QProcess sim;
 };
 
 QTEST_MAIN(CfgTest)
