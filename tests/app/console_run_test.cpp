@@ -4,10 +4,7 @@
 #include "common/app_paths.h"
 #include "shell/single_instance.h"
 
-#include <QDir>
-#include <QFile>
 #include <QProcess>
-#include <QTest>
 
 #include <csignal>
 #include <sys/stat.h>

@@ -3,21 +3,14 @@
 // is cut, when the adapter is pulled and plugged in again, and when the console is started again.
 #include "test_support.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/text_file.h"
 #include "link/frame_codec.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
 #include "shell/plc_form.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QPointer>
 #include <QProcess>
 #include <QSerialPort>
 

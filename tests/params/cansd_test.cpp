@@ -3,22 +3,14 @@
 #include "test_support.h"
 
 #include "common/error_log.h"
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/link_engine.h"
 #include "link/register_map.h"
 #include "params/param_block.h"
-#include "shell/app_setup.h"
 #include "shell/form_base.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
-#include <QFile>
-#include <QLabel>
 #include <QLineEdit>
-#include <climits>
 #include <cmath>
 
 namespace {

@@ -4,18 +4,12 @@
 #include "test_support.h"
 
 #include "calibration/cname_files.h"
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QGroupBox>
 #include <QLabel>
 #include <QRegularExpression>

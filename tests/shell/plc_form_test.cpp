@@ -1,26 +1,16 @@
-#include "test_support.h"
-
 #include "../common/common_test_util.h"
-#include "plcsim/sim_port.h"
-
-#include "common/form_access.h"
 #include "common/lang.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
 #include "link/frame_codec.h"
-#include "link/link_engine.h"
 #include "link/link_trace.h"
-#include "shell/app_setup.h"
+#include "plcsim/sim_port.h"
 #include "shell/link_trace_window.h"
 #include "shell/plc_form.h"
 #include "shell/single_instance.h"
 
-#include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
-#include <QFrame>
-#include <QLabel>
 #include <QLineEdit>
 #include <QLockFile>
 #include <QMouseEvent>

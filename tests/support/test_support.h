@@ -104,3 +104,9 @@ template <class T, size_t N> const T& TableRow(const T (&rows)[N])
 {
     return rows[*static_cast<int*>(QTest::qData("row", QMetaType::Int))];
 }
+
+// What nearly every console test drives: the forms by name, the shared store, the link.
+#include "common/form_access.h"
+#include "common/module1.h"
+#include "link/link_engine.h"
+#include "shell/app_setup.h"
