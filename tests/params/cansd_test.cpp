@@ -19,8 +19,7 @@ const QList<int> kAgg = {3, 3, 50, 50, 20, 30, 300, 100, 30, 500, 60, 0, 0, 350,
 // The block of the aggregate editor sits where its opener puts it; the tests put it at D100.
 const QList<int> kBlockAG = {50, 3, 4, 5, 6, 50, 50, 20, 30, 30, 30, 30, 500, 500, 500, 500, 60, 60, 60, 60};
 
-// Parameter block of a scale: D300 + 15 words per scale; scale -1 stands for the aggregate editor and its
-// 20 words at D100. Option bytes: S500 + scale.
+// A scale's block: 15 words at D300 + 15 * scale; scale -1: the aggregate editor's 20 at D100. Options: S500.
 QString blockFrame(char op, int scale, const QString& data = {})
 {
     const int at = scale < 0 ? 100 : 300 + 15 * scale;
@@ -61,8 +60,7 @@ const struct { const char *name; int scale; const char *button, *edits; QList<in
     {"additive defaults: 0.50, stored as 50", 11, "cmdDefault", "3=0.50",
      {3, 3, 50, 50, 20, 50, 200, 20, 20, 1000, 50, 50, 50, 200, 50}, false, false},
     {"NAK: the same frame again", 0, "ImgBdOk", "", kAgg, true, false},
-    // Box 0 shows tenths but is written by the scale's digits (one here); the zero-digit factors are
-    // in limitsOfEveryScale.
+    // Box 0 shows tenths but is written by the scale's digits, one here.
     {"aggregate editor, one decimal", -1, "ImgBdOk", "0=6 19=70",
      {60, 3, 4, 5, 6, 50, 500, 200, 300, 300, 300, 300, 5000, 5000, 5000, 5000, 600, 600, 600, 700}, false, false},
 };
@@ -186,16 +184,12 @@ const struct { const char *name, *control; bool over, asked; int reads; bool hel
     {"box let go elsewhere", "TxtDCansd(3)", false, false, 0, false},
     {"box clicked", "TxtDCansd(3)", true, false, 0, true},
 };
-// The kind's defaults with "k=shown" edits, turned into raw words the way a file's values are.
+// The kind's defaults with "k=raw" words changed, as a settings file holds them.
 QList<int> edited(int scale, const char* edits)
 {
-    const BlockLayout l = ParamBlock::layout(scale);
     QList<int> raw = ParamBlock::defaults(scale);
-    for (const QString& e : QString::fromUtf8(edits).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        const int k = e.section(QLatin1Char('='), 0, 0).toInt();
-        if (!Block::toRaw(l.fields.at(k), e.section(QLatin1Char('='), 1), &raw[k]))
-            qFatal("not a value: %s", qPrintable(e));
-    }
+    for (const QString& e : QString::fromUtf8(edits).split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        raw[e.section(QLatin1Char('='), 0, 0).toInt()] = e.section(QLatin1Char('='), 1).toInt();
     return raw;
 }
 
@@ -205,16 +199,16 @@ const struct { const char* name; int scale; const char* edits; int field; const 
     {"zero range above the tolerance", 0, "4=31", 4, "零位范围不应大于卸料允许误差值!"},
     {"lead above its ceiling", 0, "6=50 7=60", 7, "扣称提前量不应大于扣称提前量最大值!"},
     {"fall above its ceiling", 0, "9=100 10=101", 10, "落差调整值不应大于落差调整最大值!"},
-    {"second material, its row hidden", 6, "9=20 11=21", 11, "M2落差调整值不应大于落差调整最大值!"},
+    {"second material, its row hidden", 6, "9=200 11=210", 11, "M2落差调整值不应大于落差调整最大值!"},
     {"third material of cement", 8, "9=20 12=21", 12, "M3落差调整值不应大于落差调整最大值!"},
     {"fourth material of cement", 8, "9=20 13=21", 13, "M4落差调整值不应大于落差调整最大值!"},
-    {"third material of powder", 9, "9=20 12=21", 12, "M3落差调整值不应大于落差调整最大值!"},
-    {"pulse time above, where the top is written \"2\"", 7, "0=2.1", 0, "请检查!超扣补秤脉冲时间的范围为:(0.1-2)S"},
-    {"whole seconds, above", 0, "2=10", 2, "请检查!卸料延时控制时间的范围为:(0-9)S"},
+    {"third material of powder", 9, "9=200 12=210", 12, "M3落差调整值不应大于落差调整最大值!"},
+    {"pulse time above, where the top is written \"2\"", 7, "0=21", 0, "请检查!超扣补秤脉冲时间的范围为:(0.1-2)S"},
+    {"whole seconds, above", 0, "2=100", 2, "请检查!卸料延时控制时间的范围为:(0-9)S"},
     {"key zero above", 0, "3=201", 3, "请检查!按键归零允许范围为:(20-200)Kg"},
-    {"water, one decimal above", 7, "3=50.1", 3, "请检查!按键归零允许范围为:(10.0-50.0)Kg"},
-    {"additive, two decimals below", 11, "8=0.04", 8, "请检查!计量允许误差值为:(0.05-0.50)Kg"},
-    {"additive, two decimals at the floor", 11, "8=0.05", -1, ""},
+    {"water, one decimal above", 7, "3=501", 3, "请检查!按键归零允许范围为:(10.0-50.0)Kg"},
+    {"additive, two decimals below", 11, "8=4", 8, "请检查!计量允许误差值为:(0.05-0.50)Kg"},
+    {"additive, two decimals at the floor", 11, "8=5", -1, ""},
     {"a hidden row is not judged", 0, "12=999", -1, ""},
     {"a never-judged row", 6, "13=999", -1, ""},
 };
@@ -358,7 +352,6 @@ private slots:
         const bool ag = scale < 0;
         open(scale);
         const int d = ScaleDecimals[size_t(std::max(scale, 0))];
-        // The rows in seconds, their steps and register factors; the rest in kilograms by the decimals.
         auto inSeconds = [ag](int k) { return k <= (ag ? 5 : 2); };
         auto step = [&](int k) {
             const bool whole = ag ? (k == 0 || k == 5) : k == 2;
@@ -471,8 +464,6 @@ private slots:
         QCOMPARE(label("txtTip(0)")->isVisible(), c.help);
     }
 
-    // The block's rules as the settings command meets them: raw words in, the editor's first fault out,
-    // with the form's own message.
     void firstFault_data() { TableRows(kFaults); }
     void firstFault()
     {
@@ -512,7 +503,7 @@ private:
     }
 
     QLineEdit* box(int k) { return Ctl<QLineEdit>(form, QStringLiteral("TxtDCansd(%1)").arg(k)); }
-    QString boxes(int n)  // the texts of the first n boxes
+    QString boxes(int n)
     {
         QStringList texts;
         for (int k = 0; k < n; ++k)
@@ -520,7 +511,6 @@ private:
         return texts.join('|');
     }
     QLabel* label(const QString& name) { return Ctl<QLabel>(form, name); }
-    // The status caption and its colour.
     QString status() { return label("LbLCssdS")->text() + '/' + TextColor(label("LbLCssdS")).name(); }
     void edit(const char* edits)  // "box=text ..."
     {
