@@ -58,7 +58,7 @@ const struct { const char* name; const char* fault; } kSpoilt[] = {
     {"late reply", "fault late 1"},
 };
 
-// The operator is told in the terms of the design; the error log keeps the port's own number and words.
+// The error log keeps the port's own number and words.
 const struct { const char* name; int combo; bool heldElsewhere; const char* text; const char* logged; }
     kOpenErrors[] = {
     {"no such device", 2, false, "Com3端口无效!请重新设置端口！", "ErrNumber:1----No such file or directory"},
@@ -252,7 +252,6 @@ private:
         (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kSlowMs);
         return sim.readLine().trimmed();
     }
-    // Frames on the line are recorded from whichever port the link holds now.
     void watchPort()
     {
         if (watched == Link().port())

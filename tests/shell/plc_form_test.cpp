@@ -86,7 +86,6 @@ const struct { const char *name, *comPort, *lanSel; int comboPlc, comboLan, lang
     {"language file is binary", "", "", 1, 0, 1, nullptr, nullptr, "binary", "Lang/PLCCOMLANGUAGE.ini"},
 };
 
-// The columns the engineer reads, a row a line.
 QStringList traceRows(QTableView* view)
 {
     QStringList rows;
@@ -296,7 +295,6 @@ private slots:
     void secondInstanceEnds()
     {
         QVERIFY(loadForm());
-        // Another process holds the lock of this application folder.
         ReleaseInstanceLock();
         QLockFile other(InstanceLockPath());
         QVERIFY(other.tryLock(0));
