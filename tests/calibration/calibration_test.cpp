@@ -1,6 +1,4 @@
-// The calibration forms as the engineer uses them: the menu with its gate and its name tabs, the weight and
-// moisture calibration on the wire and the records they leave, the record viewer, its export and the records
-// command, and the own message box.
+// The calibration forms as the engineer uses them, the records they leave, their viewer and the own message box.
 #include "cal_rig.h"
 
 #include "calibration/cname_files.h"
@@ -8,24 +6,18 @@
 #include "calibration/mb_question.h"
 #include "calibration/records_csv.h"
 #include "common/app_paths.h"
-#include "common/error_log.h"
 #include "common/partner_station.h"
 #include "shell/plc_form.h"
 
-#include <QAbstractItemModel>
 #include <QBuffer>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QDateEdit>
-#include <QDialog>
 #include <QDirIterator>
-#include <QGuiApplication>
 #include <QHeaderView>
-#include <QPointer>
 #include <QPushButton>
 #include <QStringEncoder>
 #include <QTableView>
-#include <QTimer>
 #include <future>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -96,28 +88,20 @@ QStringList binsPart(const QString& time)
             "[10]", "01=", "02=", "", "[12]", "01=外加剂19", "", "[13]", "01=外加剂20", "", "[14]", "01="};
 }
 
-// A setting from a CName.ini of one name: what the operator is told, the file, and its copy for the production
-// control system in folder, made only by a setting that went through without a word more. readOnly: CName.ini
-// without write permission, refused, told and logged; "@" stands for the application folder. netPath: where
-// NetPath.ini points (empty: no file); there: "file" where the folder should be, or a "read-only" CName.ini in
-// it; statError: what looking at the folder fails with. Only a folder that is not there is a missing path; a
-// share that cannot be looked at is a lost network.
+// A setting from a CName.ini of one name: what the operator is told, the file, and its copy in folder for the
+// production control system, made only when nothing more is said. readOnly: CName.ini refused, told, logged;
+// "@": the application folder. netPath: NetPath.ini's path ("": no file); there: "file" where the folder should
+// be, or a "read-only" CName.ini in it; statError: looking at the folder fails so (only a folder that is not
+// there is a missing path). spoolFolder: made before a restore, where a failed copy leaves the present names.
 const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
 const QString kRefused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
 QStringList told(const QString& more = {})
 {
     return more.isEmpty() ? QStringList{kAskNames, kNamesDone} : QStringList{kAskNames, kNamesDone, more};
 }
-struct SetCase {
-    const char* name;
-    QStringList boxes;
-    const char *box = "TxtDCansd(1)", *typed = "砂";
-    int tab = 1;
-    bool answer = true, readOnly = false;
-    const char *netPath = "@/prod", *folder = "prod/Data", *there = "";
-    int statError = 0;
-    bool spoolFolder = false;  // made before a restore: a failed copy leaves the present names there
-};
+struct SetCase { const char* name; QStringList boxes; const char *box = "TxtDCansd(1)", *typed = "砂"; int tab = 1;
+                 bool answer = true, readOnly = false; int statError = 0; bool spoolFolder = false;
+                 const char *netPath = "@/prod", *folder = "prod/Data", *there = ""; };
 const SetCase kSettings[] = {
     {"empty scale name", {kEmpty}, "TxtDCansd(1)", ""},
     {"blanks only", {kEmpty}, "TxtDCansd(13)", "   "},
@@ -184,7 +168,6 @@ const QString kLiveRead = Frame(QStringLiteral("0101640"));
 const QString kStatusRead = Frame(QStringLiteral("0007C02"));
 const QString kSep(52, QLatin1Char('#'));
 
-// The pulse, its clear, the status read and the live values that follow.
 QString pulse(const char* address, const char* bits)
 {
     return WriteFrame(address, bits) + WriteFrame(address, "0000") + kStatusRead + kLiveRead;
@@ -273,7 +256,6 @@ QStringList shownRows(QTableView* g)
     return rows;
 }
 
-// The fields of record i of the long list: Chinese and ASCII of varying length.
 QStringList longListRecord(int i)
 {
     return {QStringLiteral("骨料%1秤").arg(i % 6 + 1),
@@ -324,12 +306,13 @@ const struct { const char *name, *field, *csv; } kCsvFields[] = {
     {"empty", "", ""},
 };
 
-// current and found: -1 for none; with none found, the selection stays.
+// Ctrl+F on the long list: the next row after the current one that holds the text, from the top again after the
+// last. current and found: -1 for none; with none found, the selection stays.
 const struct { const char* name; int current; const char* text; int found; } kFinds[] = {
     {"from the top", -1, "标重", 1},
     {"after the current row", 1, "标", 2},
-    {"round to the top", 2, "一号", 0},
-    {"letters in any case", 0, "ab", 2},
+    {"round to the top", 99999, "a,b", 0},
+    {"letters in any case", 1, "X\"Y", 0},
     {"no row holds it", 1, "三号", -1},
 };
 
@@ -350,8 +333,7 @@ struct Seen { QSize size; QPoint pos; QRect label, ok, yes, no; bool okShown = f
 
 QPushButton* btn(MbQuestion* box, const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); }
 
-// Shows the box as a caller does and, once it is up, records it and then closes it with `button`
-// (empty: the window's own close).
+// Shows the box as a caller does, records it once it is up, closes it with `button` (empty: its own close).
 Seen showAndAnswer(const QString& text, bool isOk, const char* button)
 {
     MbText = text;
@@ -373,12 +355,13 @@ Seen showAndAnswer(const QString& text, bool isOk, const char* button)
     return seen;
 }
 
-const struct { const char *name, *button; bool isOk, before, result; } kAnswers[] = {
-    {"OK", "CmdMbOK", true, false, true},
-    {"Yes", "CmdYes", false, false, true},
-    {"No", "CmdNo", false, true, false},
-    {"closed, result kept true", "", false, true, true},
-    {"closed, result kept false", "", true, false, false},
+// Rows 2 and 3 are wider and taller than row 1.
+const struct { const char* name; QString text; const char* button; bool isOk, before, result; } kAnswers[] = {
+    {"OK", "是否退出秤控台?", "CmdMbOK", true, false, true},
+    {"Yes, short text", "密码错误!", "CmdYes", false, false, true},
+    {"No, wide text", QStringLiteral("参数更改后未设定，是否返回?").repeated(3), "CmdNo", false, true, false},
+    {"closed, result kept true", "通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；", "", false, true, true},
+    {"closed, result kept false", "是否退出秤控台?", "", true, false, false},
 };
 }  // namespace
 
@@ -538,7 +521,8 @@ private slots:
             QDir().mkpath(QString::fromUtf8(p));
             QVERIFY(!root || (::chown(p.constData(), 0, kGroup) == 0 && ::chmod(p.constData(), 02775) == 0));
         }
-        netPath(h->path(QStringLiteral("prod")));
+        PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
+                GbLines({"NetworkPath=" + h->path(QStringLiteral("prod"))}));
         CNameMissing = true;
         for (int i : {5, 6, 10, 13})
             ScaleName[size_t(i)] = QStringLiteral("备用");
@@ -609,7 +593,7 @@ private slots:
             BcBut* f = OpenBcBut();
             tab(f, 1);
             type(f, "TxtDCansd(0)", "河砂");
-            ok(f);
+            ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
             AppendZeroRecord(0);
             SaveBLZConfig();
             Forms::unload(QStringLiteral("BcBut"));
@@ -646,7 +630,8 @@ private slots:
         if (c.statError)
             FolderStatError = [e = c.statError](const QString&) { return e; };
         if (*c.netPath)
-            netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
+            PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
+                    GbLines({"NetworkPath=" + QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path())}));
         if (there == QLatin1String("file"))
             PutFile(folder, "not a folder\r\n");
         else
@@ -717,11 +702,10 @@ private slots:
         CNameMissing = true;
         BcBut* f = OpenBcBut();
         tab(f, 1);
-        ok(f);
+        ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         release->set_value();
         QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
         QCOMPARE(rawBytes(spool()), rawBytes(cname()));
-        // Only the partner's folder, and only when its share is there, gets a copy.
         QStringList copies;
         for (QDirIterator it(stations, {QStringLiteral("CName.ini")}, QDir::Files, QDirIterator::Subdirectories);
              it.hasNext();)
@@ -759,18 +743,17 @@ private slots:
     void calibrationAgainstTheController()
     {
         const CalCase& c = TableRow(kCal);
-        const int scale = c.scale;
         const bool span = c.span, taken = c.outcome == Outcome::Success;
-        ScaleName[size_t(scale)] = QStringLiteral("一号秤");
-        ScaleDecimals[size_t(scale)] = 1;  // 1500.5 goes as 15005
-        h->sim.setLoad(scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
+        ScaleName[size_t(c.scale)] = QStringLiteral("一号秤");
+        ScaleDecimals[size_t(c.scale)] = 1;  // 1500.5 goes as 15005
+        h->sim.setLoad(c.scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
         h->sim.setCalOutcome(c.outcome);
-        QWidget* f = openAt(scale);
+        QWidget* f = openAt(c.scale);
         QWidget* weightForm = f;
         if (c.humid) {
             HumidActive = true;
             Forms::show(QStringLiteral("BcButHumid"));
-            clickTab(Forms::loaded(QStringLiteral("BcButHumid")), scale);
+            clickTab(Forms::loaded(QStringLiteral("BcButHumid")), c.scale);
             f = Forms::loaded(QStringLiteral("YIBiaoHumidNew"));
         }
         clickTab(f, span ? 2 : 1);
@@ -792,7 +775,6 @@ private slots:
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, 1000);
         waitIdle();
         h->takeFrames();
-        // Nothing leaves before Timer3 ticks.
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
 
@@ -828,7 +810,6 @@ private slots:
     void statusReply()
     {
         const auto& c = TableRow(kReplies);
-        const bool taken = c.taken;
         QWidget* f = openAt(0);
         clickTab(f, 1);
         waitIdle();
@@ -845,16 +826,16 @@ private slots:
 
         QLabel* line = label(f, "LbLBLwc");
         QCOMPARE(line->text(),
-                 taken ? QStringLiteral("零位调校完成，请再进行实际验秤!") : QStringLiteral("正在零位调校，请稍候......"));
-        QCOMPARE(QFile::exists(opRecords()), taken);
-        QCOMPARE(QFile::exists(monthly()), taken);
+                 c.taken ? QStringLiteral("零位调校完成，请再进行实际验秤!") : QStringLiteral("正在零位调校，请稍候......"));
+        QCOMPARE(QFile::exists(opRecords()), c.taken);
+        QCOMPARE(QFile::exists(monthly()), c.taken);
         QCOMPARE(line->isHidden() && label(f, "LbLBZwc")->isHidden(), c.tab >= 0);
-        if (taken)
+        if (c.taken)
             QCOMPARE(TextColor(line), QColor(0, 0x80, 0));
-        QCOMPARE(Link().Timer1.isActive(), taken);
+        QCOMPARE(Link().Timer1.isActive(), c.taken);
         waitIdle();
         if (c.tab < 0)  // a tab restarts the live values of its own
-            QCOMPARE(h->takeFrames().contains(kLiveRead), taken);
+            QCOMPARE(h->takeFrames().contains(kLiveRead), c.taken);
     }
 
     void optionSwitches_data() { TableRows(kSwitches); }
@@ -997,7 +978,6 @@ private slots:
                  qPrintable(log));
     }
 
-    // A field as CSV writes it, inside a row: quoted when it must be, quotes doubled, UTF-8, CRLF at the end.
     void csvQuoting_data() { TableRows(kCsvFields); }
     void csvQuoting()
     {
@@ -1005,12 +985,11 @@ private slots:
         QCOMPARE(CsvRow({QString::fromUtf8(c.field), QStringLiteral("标零")}), QByteArray(c.csv) + ",标零\r\n");
     }
 
-    // Ctrl+S on the viewer: a write that fails says so and leaves no file; then the rows shown, every field as
-    // the grid shows it.
+    // The long list on the viewer, every record back in order, field for field; the second record's empty operator
+    // shifts all rows after it by one field. Ctrl+S: a write that fails says so and leaves no file; then the rows
+    // shown, every field as the grid shows it.
     void exportRows()
     {
-        // The long list: Chinese and ASCII fields of varying length, every record back in order, field for
-        // field; the second record's empty operator shifts all rows after it by one field.
         QStringList fields{"a,b",    "2026/3/5 9:00:00", "x\"y", "标零", "5000", "0.0", "0",
                            "二号秤", "2026/3/5 9:10:00", "标重", "1",    "2",    "3"};
         QStringEncoder gb("GB18030");
@@ -1040,42 +1019,32 @@ private slots:
         QCOMPARE(mb->texts[1], QStringLiteral("已导出100000条记录到：\n") + path);
         QVERIFY(!QFile::exists(gone));
 
-        // UTF-8 behind its mark, the headers, then each row as the grid shows it.
         QByteArray csv = "\xEF\xBB\xBF" "秤名称,标秤时间,操作员,具体操作,AD信号值,重量值,砝码值\r\n";
         QStringList shown;
-        for (const QString& r : shownRows(Ctl<QTableView>(form, QStringLiteral("MSGrid")))) {
+        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
+        for (const QString& r : shownRows(g)) {
             shown += r.split(QLatin1Char('|'));
             csv += CsvRow(r.split(QLatin1Char('|')));
         }
         QCOMPARE(shown, fields << QString());
         QVERIFY(csv.contains("\r\n\"a,b\",2026/3/5 9:00:00,\"x\"\"y\",标零,5000,0.0,0\r\n"));
         QCOMPARE(rawBytes(path), csv);
-    }
 
-    // Ctrl+F: the next row after the current one that holds the text, from the top again after the last.
-    void findSelectsTheNextRow_data() { TableRows(kFinds); }
-    void findSelectsTheNextRow()
-    {
-        const auto& c = TableRow(kFinds);
-        PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
-                TextFile::encode(QStringLiteral("一号秤\r\nt1\r\n张工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
-                                                "二号秤\r\nt2\r\n张工\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"
-                                                "AB秤\r\nt3\r\n王工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n")));
-        Forms::show(QStringLiteral("FrmJk"));
-        QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
-        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
-        if (c.current >= 0)
-            g->selectRow(c.current);
         form->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(form));
         QTest::keyClick(form, Qt::Key_F, Qt::ControlModifier);
         auto* find = Ctl<QDialog>(form, QStringLiteral("FindRecords"));
         QVERIFY(find && find->isVisible());
-        Ctl<QLineEdit>(find, QStringLiteral("TxtFind"))->setText(QString::fromUtf8(c.text));
-        Ctl<QPushButton>(find, QStringLiteral("cmdFindNext"))->click();
-        QCOMPARE(g->currentIndex().row(), c.found >= 0 ? c.found : c.current);
-        QCOMPARE(g->selectionModel()->selectedRows().size(), c.found >= 0 || c.current >= 0 ? 1 : 0);
-        QCOMPARE(Ctl<QLabel>(find, QStringLiteral("lblFindResult"))->text().isEmpty(), c.found >= 0);
+        for (const auto& r : kFinds) {
+            g->clearSelection();
+            if (r.current >= 0)
+                g->selectRow(r.current);
+            Ctl<QLineEdit>(find, QStringLiteral("TxtFind"))->setText(QString::fromUtf8(r.text));
+            Ctl<QPushButton>(find, QStringLiteral("cmdFindNext"))->click();
+            QCOMPARE(g->currentIndex().row(), r.found >= 0 ? r.found : r.current);
+            QCOMPARE(g->selectionModel()->selectedRows().size(), r.found >= 0 || r.current >= 0 ? 1 : 0);
+            QVERIFY2(Ctl<QLabel>(find, QStringLiteral("lblFindResult"))->text().isEmpty() == (r.found >= 0), r.name);
+        }
     }
 
     // The records command: the rows of the months asked for, of one scale if asked, as the grid shows them;
@@ -1084,8 +1053,7 @@ private slots:
     void recordsCommand()
     {
         const auto& c = TableRow(kCommands);
-        // The third record has no operator: its row ends with the fourth's title, and the rows after it start
-        // with their dates.
+        // The third record has no operator: the rows after it start with their dates.
         PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
                 TextFile::encode(QStringLiteral("一号秤\r\n2025/12/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                 "一号秤\r\n2026/1/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
@@ -1102,37 +1070,23 @@ private slots:
             got << row.section(QLatin1Char(','), 0, 1).replace(QLatin1Char(','), QLatin1Char(' '));
         QCOMPARE(error.isEmpty() ? got.join(QLatin1Char('|')) : QStringLiteral("error: ") + error,
                  QString::fromUtf8(c.out));
-        // The headers lead, and a refused command prints nothing at all.
         QCOMPARE(lines.value(0), error.isEmpty() ? QStringLiteral("秤名称,标秤时间,操作员,具体操作,AD信号值,重量值,砝码值") : QString());
     }
 
-    void answers_data() { TableRows(kAnswers); }
+    // The answer the caller gets. No width of its own: a short text gets a narrow box. Over the calibration form
+    // it sits below the values.
     void answers()
     {
-        const auto& c = TableRow(kAnswers);
         delete std::exchange(mb, nullptr);  // this operator answers by hand
-        MbResult = c.before;
-        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), c.isOk, c.button);
-        QCOMPARE(s.okShown, c.isOk);
-        QCOMPARE(s.yesShown, !c.isOk);
-        QCOMPARE(MbResult, c.result);
-        QVERIFY(!MbQuestion::showing());
-    }
-
-    // No width of its own: a short text gets a narrow box. Over the calibration form it sits below the values.
-    void sizeAndPlace()
-    {
-        delete std::exchange(mb, nullptr);
         Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
         CurrentForm = QStringLiteral("YIBiao");
-        const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
-        const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
-        const Seen tall =
-            showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
-        QCOMPARE(small.pos, QPoint(120, 90 + 180));
-        QVERIFY(wide.size.width() > small.size.width());
-        QVERIFY(tall.size.height() > small.size.height());
-        for (const Seen& s : {small, wide, tall}) {
+        QList<Seen> seen;
+        for (const auto& c : kAnswers) {
+            MbResult = c.before;
+            const Seen& s = seen.emplace_back(showAndAnswer(c.text, c.isOk, c.button));
+            QVERIFY2(s.okShown == c.isOk && s.yesShown == !c.isOk && MbResult == c.result, c.name);
+            QVERIFY(!MbQuestion::showing());
+            QCOMPARE(s.pos, QPoint(120, 90 + 180));
             // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
             QCOMPARE(s.size.width(), s.label.width() + 66);
             QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);
@@ -1141,11 +1095,12 @@ private slots:
             QCOMPARE(s.no.left(), s.yes.left() + 60);
             QCOMPARE(s.ok.left(), (s.size.width() - s.ok.width()) / 2);
         }
+        QVERIFY(seen[2].size.width() > seen[1].size.width());
+        QVERIFY(seen[3].size.height() > seen[1].size.height());
     }
 
 private:
     void tab(BcBut* f, int i) { ClickOn(Ctl(f, IndexedName("LblBdTap", i))); }
-    void ok(BcBut* f) { ClickOn(Ctl(f, QStringLiteral("lblBdOk"))); }
     QStringList boxesAfter(BcBut* f, const char* control = "lblBdOk")
     {
         mb->texts.clear();
@@ -1159,12 +1114,7 @@ private:
     QString box(BcBut* f, const char* name) { return Ctl<QLineEdit>(f, QLatin1String(name))->text(); }
     QString cname() const { return h->path(QStringLiteral("Data/CName.ini")); }
     QString spool() const { return CNameSpoolFolder() + QStringLiteral("/CName.ini"); }
-    void netPath(const QString& path)
-    {
-        PutFile(h->path(QStringLiteral("Data/NetPath.ini")), GbLines({"NetworkPath=" + path}));
-    }
 
-    // The globals a click on scale n of the calibration menu stores, then the form itself.
     QWidget* openAt(int scale)
     {
         h->sim.setSBit(612, true);  // bit on: tracking off
