@@ -185,27 +185,30 @@ QStringList spanLines(const char* index, const char* testWeight)
 }
 QStringList opLines(const char* kind) { return {kName, kAt, "郑伟", kind, "3000", "100.0", "1500.5", ""}; }
 // humid: the moisture form of the probe beside the weight form of the same slot, which must see nothing of it;
-// the probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
-struct CalCase { const char* name; bool humid; int scale; bool span; Outcome outcome; QString frames;
-                 const char* caption; QStringList monthly, hidden, op; };
+// the probes use the bits of slots 4 and 5 and take their known value at D29 and D30. The test weight box holds
+// start, then takes entry at its start ("type:", "paste:" or "delete"): only digits and one point get in.
+struct CalCase { const char* name; bool humid; int scale; bool span; Outcome outcome; const char *start, *entry;
+                 QString frames; const char* caption; QStringList monthly, hidden, op; };
 const CalCase kCal[] = {
-    {"zero, scale 0, taken", false, 0, false, Outcome::Success, pulse("0016", "2000"), "零位调校完成，请再进行实际验秤!",
-     kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
-    {"span, scale 0, taken", false, 0, true, Outcome::Success, WriteFrame("1056", "9D3A") + pulse("0016", "4000"),
-     "分度调校完成，请再进行实际验秤!", spanLines("1", "1500.5"), spanLines("1", "1500.5"), opLines("标重")},
+    {"zero, scale 0, taken", false, 0, false, Outcome::Success, "1500.5", "", pulse("0016", "2000"),
+     "零位调校完成，请再进行实际验秤!", kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
+    {"span, scale 0, taken, typed", false, 0, true, Outcome::Success, "", "type:15a00-.5.",
+     WriteFrame("1056", "9D3A") + pulse("0016", "4000"), "分度调校完成，请再进行实际验秤!", spanLines("1", "1500.5"),
+     spanLines("1", "1500.5"), opLines("标重")},
     // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
-    {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!",
-     {}, {}, {}},
-    {"span, scale 10, unanswered", false, 10, true, Outcome::NoAnswer,
+    {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, "1500.5", "", pulse("0019", "2000"),
+     "零位调校失败，请重新调校!", {}, {}, {}},
+    // Delete as X11 sends it.
+    {"span, scale 10, unanswered, Delete", false, 10, true, Outcome::NoAnswer, "11500.5", "delete",
      WriteFrame("106A", "9D3A") + pulse("001A", "0100"), "分度调校出错，请重新调校!", {}, {}, {}},
-    {"dry, probe 4", true, 4, false, Outcome::Success, pulse("0017", "2000"), "湿度标定完成!", kZero,
+    {"dry, probe 4", true, 4, false, Outcome::Success, "12.5", "", pulse("0017", "2000"), "湿度标定完成!", kZero,
      QStringList{"CengIndex=5"} + kZero, {}},
-    {"wet, probe 4", true, 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!",
-     spanLines("5", "12.5"), spanLines("5", "12.5"), {}},
-    {"wet, probe 5, refused", true, 5, true, Outcome::Refuse, WriteFrame("103C", "7D00") + pulse("0018", "0100"),
-     "湿度标定失败，请重新标定!", {}, {}, {}},
-    {"dry, probe 5, unanswered", true, 5, false, Outcome::NoAnswer, pulse("0017", "8000"), "湿度标定错误，请重新标定!",
-     {}, {}, {}},
+    {"wet, probe 4, pasted", true, 4, true, Outcome::Success, "", "paste:12.5",
+     WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!", spanLines("5", "12.5"), spanLines("5", "12.5"), {}},
+    {"wet, probe 5, refused, paste refused", true, 5, true, Outcome::Refuse, "12.5", "paste:1e3",
+     WriteFrame("103C", "7D00") + pulse("0018", "0100"), "湿度标定失败，请重新标定!", {}, {}, {}},
+    {"dry, probe 5, unanswered", true, 5, false, Outcome::NoAnswer, "12.5", "", pulse("0017", "8000"),
+     "湿度标定错误，请重新标定!", {}, {}, {}},
 };
 
 // The replies the controller test cannot give: both bits on, other lengths, a tab clicked meanwhile (-1: none).
@@ -230,15 +233,6 @@ const SwitchCase kSwitches[] = {
     {"tracking off cleared", "Check2(0)", "Check2(1)", kTrackWrite, false, ""},
     // The controller never took it: the form must not claim that tracking is on.
     {"tracking off cleared, unplugged", "Check2(0)", "Check2(1)", kTrackWrite, true, ""},
-};
-
-// The test weight takes what could be typed: digits and one point, by key or by paste. action: "type:",
-// "paste:" or "delete" (at the start of the box).
-const struct { const char *name, *form, *start, *action, *text; } kEntries[] = {
-    {"letters and a second point swallowed", "YIBiao", "", "type:1a5-0.0.5", "150.05"},
-    {"Delete as X11 sends it", "YIBiao", "150", "delete", "50"},
-    {"moisture: paste refused", "YIBiaoHumidNew", "12", "paste:1e3", "12"},
-    {"moisture: paste of a value taken", "YIBiaoHumidNew", "", "paste:12.5", "12.5"},
 };
 
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
@@ -762,7 +756,19 @@ private slots:
                      i == (span ? 2 : 1) ? QColor(0, 0, 192) : QColor(64, 64, 64));
         QTRY_COMPARE(label(f, "LbLADv")->text(), QStringLiteral("3000"));
         QCOMPARE(label(f, "LblZLv")->text(), QStringLiteral("100.0"));
-        Ctl<QLineEdit>(f, "TxtFmzL")->setText(c.humid ? QStringLiteral("12.5") : QStringLiteral("1500.5"));
+        auto* weight = Ctl<QLineEdit>(f, "TxtFmzL");
+        QVERIFY(!c.span || weight->isVisible());
+        weight->setText(QLatin1String(c.start));
+        weight->setFocus();
+        weight->setCursorPosition(0);
+        const QString entry = QLatin1String(c.entry);
+        if (entry == QLatin1String("delete"))
+            QTest::sendKeyEvent(QTest::Click, weight, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
+        else if (entry.startsWith(QLatin1String("paste:")))
+            QGuiApplication::clipboard()->setText(entry.mid(6)), weight->paste();
+        else
+            QTest::keyClicks(weight, entry.mid(5));
+        QCOMPARE(weight->text(), c.humid ? QStringLiteral("12.5") : QStringLiteral("1500.5"));
         ClickOn(label(f, "lblBdOk"));
         const QStringList ask = c.humid ? QStringList{"确定要湿度标定吗?", "正在湿度标定，请稍候......"}
                                 : span  ? QStringList{"确定要称量分度调校吗?", "正在称量分度调校，请稍候......"}
@@ -870,32 +876,6 @@ private slots:
         if (l->isVisible())
             QCOMPARE(TextColor(l), QColor(0, 0x80, 0));
         QCOMPARE(Ctl<QCheckBox>(f, QLatin1String(c.partner))->isChecked(), !Ctl<QCheckBox>(f, box)->isChecked());
-    }
-
-    void testWeightEntry_data() { TableRows(kEntries); }
-    void testWeightEntry()
-    {
-        const auto& c = TableRow(kEntries);
-        const QString form = QLatin1String(c.form), action = QLatin1String(c.action);
-        QWidget* f = openAt(0);
-        if (form == QLatin1String("YIBiaoHumidNew")) {
-            HumidActive = true;
-            Forms::show(form);
-            f = Forms::loaded(form);
-        }
-        clickTab(f, 2);
-        auto* b = Ctl<QLineEdit>(f, "TxtFmzL");
-        QVERIFY(b->isVisible());
-        b->setText(QLatin1String(c.start));
-        b->setFocus();
-        b->setCursorPosition(0);
-        if (action == QLatin1String("delete"))
-            QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
-        else if (action.startsWith(QLatin1String("paste:")))
-            QGuiApplication::clipboard()->setText(action.mid(6)), b->paste();
-        else
-            QTest::keyClicks(b, action.mid(5));
-        QCOMPARE(b->text(), QLatin1String(c.text));
     }
 
     void monthlyFilesWithoutDataFolder()
