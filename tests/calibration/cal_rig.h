@@ -3,7 +3,6 @@
 #include "test_support.h"
 
 #include "calibration/bc_but.h"
-#include "calibration/cal_records.h"
 #include "common/form_access.h"
 #include "common/module1.h"
 #include "common/scale_table.h"
@@ -11,11 +10,7 @@
 #include "link/link_engine.h"
 #include "shell/app_setup.h"
 
-#include <QDir>
-#include <QFile>
-#include <QLabel>
 #include <QLineEdit>
-#include <QTest>
 
 // The menu in the calibration (0) or parameter (1) mode.
 inline BcBut* OpenBcBut(short mode = 0)

@@ -1,6 +1,4 @@
-// The calibration forms as the engineer uses them: the menu with its gate and its name tabs, the weight and
-// moisture calibration on the wire and the records they leave, the record viewer, its export and the records
-// command, and the own message box.
+// The calibration forms as the engineer uses them, the records they leave, their viewer and the own message box.
 #include "cal_rig.h"
 
 #include "calibration/cname_files.h"
@@ -8,24 +6,18 @@
 #include "calibration/mb_question.h"
 #include "calibration/records_csv.h"
 #include "common/app_paths.h"
-#include "common/error_log.h"
 #include "common/partner_station.h"
 #include "shell/plc_form.h"
 
-#include <QAbstractItemModel>
 #include <QBuffer>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QDateEdit>
-#include <QDialog>
 #include <QDirIterator>
-#include <QGuiApplication>
 #include <QHeaderView>
-#include <QPointer>
 #include <QPushButton>
 #include <QStringEncoder>
 #include <QTableView>
-#include <QTimer>
 #include <future>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -96,28 +88,20 @@ QStringList binsPart(const QString& time)
             "[10]", "01=", "02=", "", "[12]", "01=外加剂19", "", "[13]", "01=外加剂20", "", "[14]", "01="};
 }
 
-// A setting from a CName.ini of one name: what the operator is told, the file, and its copy for the production
-// control system in folder, made only by a setting that went through without a word more. readOnly: CName.ini
-// without write permission, refused, told and logged; "@" stands for the application folder. netPath: where
-// NetPath.ini points (empty: no file); there: "file" where the folder should be, or a "read-only" CName.ini in
-// it; statError: what looking at the folder fails with. Only a folder that is not there is a missing path; a
-// share that cannot be looked at is a lost network.
+// A setting from a CName.ini of one name: what the operator is told, the file, and its copy in folder for the
+// production control system, made only when nothing more is said. readOnly: CName.ini refused, told, logged;
+// "@": the application folder. netPath: NetPath.ini's path ("": no file); there: "file" where the folder should
+// be, or a "read-only" CName.ini in it; statError: looking at the folder fails so (only a folder that is not
+// there is a missing path). spoolFolder: made before a restore, where a failed copy leaves the present names.
 const QString kEmpty = QStringLiteral("电子秤名称不能为空!");
 const QString kRefused = QStringLiteral("设定失败!\nPermission denied: @/Data/CName.ini");
 QStringList told(const QString& more = {})
 {
     return more.isEmpty() ? QStringList{kAskNames, kNamesDone} : QStringList{kAskNames, kNamesDone, more};
 }
-struct SetCase {
-    const char* name;
-    QStringList boxes;
-    const char *box = "TxtDCansd(1)", *typed = "砂";
-    int tab = 1;
-    bool answer = true, readOnly = false;
-    const char *netPath = "@/prod", *folder = "prod/Data", *there = "";
-    int statError = 0;
-    bool spoolFolder = false;  // made before a restore: a failed copy leaves the present names there
-};
+struct SetCase { const char* name; QStringList boxes; const char *box = "TxtDCansd(1)", *typed = "砂"; int tab = 1;
+                 bool answer = true, readOnly = false; int statError = 0; bool spoolFolder = false;
+                 const char *netPath = "@/prod", *folder = "prod/Data", *there = ""; };
 const SetCase kSettings[] = {
     {"empty scale name", {kEmpty}, "TxtDCansd(1)", ""},
     {"blanks only", {kEmpty}, "TxtDCansd(13)", "   "},
@@ -184,7 +168,6 @@ const QString kLiveRead = Frame(QStringLiteral("0101640"));
 const QString kStatusRead = Frame(QStringLiteral("0007C02"));
 const QString kSep(52, QLatin1Char('#'));
 
-// The pulse, its clear, the status read and the live values that follow.
 QString pulse(const char* address, const char* bits)
 {
     return WriteFrame(address, bits) + WriteFrame(address, "0000") + kStatusRead + kLiveRead;
@@ -202,27 +185,30 @@ QStringList spanLines(const char* index, const char* testWeight)
 }
 QStringList opLines(const char* kind) { return {kName, kAt, "郑伟", kind, "3000", "100.0", "1500.5", ""}; }
 // humid: the moisture form of the probe beside the weight form of the same slot, which must see nothing of it;
-// the probes use the bits of slots 4 and 5 and take their known value at D29 and D30.
-struct CalCase { const char* name; bool humid; int scale; bool span; Outcome outcome; QString frames;
-                 const char* caption; QStringList monthly, hidden, op; };
+// the probes use the bits of slots 4 and 5 and take their known value at D29 and D30. The test weight box holds
+// start, then takes entry at its start ("type:", "paste:" or "delete"): only digits and one point get in.
+struct CalCase { const char* name; bool humid; int scale; bool span; Outcome outcome; const char *start, *entry;
+                 QString frames; const char* caption; QStringList monthly, hidden, op; };
 const CalCase kCal[] = {
-    {"zero, scale 0, taken", false, 0, false, Outcome::Success, pulse("0016", "2000"), "零位调校完成，请再进行实际验秤!",
-     kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
-    {"span, scale 0, taken", false, 0, true, Outcome::Success, WriteFrame("1056", "9D3A") + pulse("0016", "4000"),
-     "分度调校完成，请再进行实际验秤!", spanLines("1", "1500.5"), spanLines("1", "1500.5"), opLines("标重")},
+    {"zero, scale 0, taken", false, 0, false, Outcome::Success, "1500.5", "", pulse("0016", "2000"),
+     "零位调校完成，请再进行实际验秤!", kZero, QStringList{"CengIndex=1"} + kZero, opLines("标零")},
+    {"span, scale 0, taken, typed", false, 0, true, Outcome::Success, "", "type:15a00-.5.",
+     WriteFrame("1056", "9D3A") + pulse("0016", "4000"), "分度调校完成，请再进行实际验秤!", spanLines("1", "1500.5"),
+     spanLines("1", "1500.5"), opLines("标重")},
     // Indices 6 and 10 lie apart: S205 is bit 5 of byte 0x19, S208 bit 0 of byte 0x1A, D53 at 0x106A.
-    {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, pulse("0019", "2000"), "零位调校失败，请重新调校!",
-     {}, {}, {}},
-    {"span, scale 10, unanswered", false, 10, true, Outcome::NoAnswer,
+    {"zero, scale 6, refused", false, 6, false, Outcome::Refuse, "1500.5", "", pulse("0019", "2000"),
+     "零位调校失败，请重新调校!", {}, {}, {}},
+    // Delete as X11 sends it.
+    {"span, scale 10, unanswered, Delete", false, 10, true, Outcome::NoAnswer, "11500.5", "delete",
      WriteFrame("106A", "9D3A") + pulse("001A", "0100"), "分度调校出错，请重新调校!", {}, {}, {}},
-    {"dry, probe 4", true, 4, false, Outcome::Success, pulse("0017", "2000"), "湿度标定完成!", kZero,
+    {"dry, probe 4", true, 4, false, Outcome::Success, "12.5", "", pulse("0017", "2000"), "湿度标定完成!", kZero,
      QStringList{"CengIndex=5"} + kZero, {}},
-    {"wet, probe 4", true, 4, true, Outcome::Success, WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!",
-     spanLines("5", "12.5"), spanLines("5", "12.5"), {}},
-    {"wet, probe 5, refused", true, 5, true, Outcome::Refuse, WriteFrame("103C", "7D00") + pulse("0018", "0100"),
-     "湿度标定失败，请重新标定!", {}, {}, {}},
-    {"dry, probe 5, unanswered", true, 5, false, Outcome::NoAnswer, pulse("0017", "8000"), "湿度标定错误，请重新标定!",
-     {}, {}, {}},
+    {"wet, probe 4, pasted", true, 4, true, Outcome::Success, "", "paste:12.5",
+     WriteFrame("103A", "7D00") + pulse("0017", "4000"), "湿度标定完成!", spanLines("5", "12.5"), spanLines("5", "12.5"), {}},
+    {"wet, probe 5, refused, paste refused", true, 5, true, Outcome::Refuse, "12.5", "paste:1e3",
+     WriteFrame("103C", "7D00") + pulse("0018", "0100"), "湿度标定失败，请重新标定!", {}, {}, {}},
+    {"dry, probe 5, unanswered", true, 5, false, Outcome::NoAnswer, "12.5", "", pulse("0017", "8000"),
+     "湿度标定错误，请重新标定!", {}, {}, {}},
 };
 
 // The replies the controller test cannot give: both bits on, other lengths, a tab clicked meanwhile (-1: none).
@@ -249,15 +235,6 @@ const SwitchCase kSwitches[] = {
     {"tracking off cleared, unplugged", "Check2(0)", "Check2(1)", kTrackWrite, true, ""},
 };
 
-// The test weight takes what could be typed: digits and one point, by key or by paste. action: "type:",
-// "paste:" or "delete" (at the start of the box).
-const struct { const char *name, *form, *start, *action, *text; } kEntries[] = {
-    {"letters and a second point swallowed", "YIBiao", "", "type:1a5-0.0.5", "150.05"},
-    {"Delete as X11 sends it", "YIBiao", "150", "delete", "50"},
-    {"moisture: paste refused", "YIBiaoHumidNew", "12", "paste:1e3", "12"},
-    {"moisture: paste of a value taken", "YIBiaoHumidNew", "", "paste:12.5", "12.5"},
-};
-
 QLabel* label(QWidget* f, const char* n) { return Ctl<QLabel>(f, QLatin1String(n)); }
 void clickTab(QWidget* f, int i) { ClickOn(Ctl(f, QStringLiteral("LblBd(%1)").arg(i))); }
 QStringList shownRows(QTableView* g)
@@ -273,7 +250,6 @@ QStringList shownRows(QTableView* g)
     return rows;
 }
 
-// The fields of record i of the long list: Chinese and ASCII of varying length.
 QStringList longListRecord(int i)
 {
     return {QStringLiteral("骨料%1秤").arg(i % 6 + 1),
@@ -324,12 +300,13 @@ const struct { const char *name, *field, *csv; } kCsvFields[] = {
     {"empty", "", ""},
 };
 
-// current and found: -1 for none; with none found, the selection stays.
+// Ctrl+F on the long list: the next row after the current one that holds the text, from the top again after the
+// last. current and found: -1 for none; with none found, the selection stays.
 const struct { const char* name; int current; const char* text; int found; } kFinds[] = {
     {"from the top", -1, "标重", 1},
     {"after the current row", 1, "标", 2},
-    {"round to the top", 2, "一号", 0},
-    {"letters in any case", 0, "ab", 2},
+    {"round to the top", 99999, "a,b", 0},
+    {"letters in any case", 1, "X\"Y", 0},
     {"no row holds it", 1, "三号", -1},
 };
 
@@ -350,8 +327,7 @@ struct Seen { QSize size; QPoint pos; QRect label, ok, yes, no; bool okShown = f
 
 QPushButton* btn(MbQuestion* box, const char* n) { return box->findChild<QPushButton*>(QLatin1String(n)); }
 
-// Shows the box as a caller does and, once it is up, records it and then closes it with `button`
-// (empty: the window's own close).
+// Shows the box as a caller does, records it once it is up, closes it with `button` (empty: its own close).
 Seen showAndAnswer(const QString& text, bool isOk, const char* button)
 {
     MbText = text;
@@ -373,12 +349,13 @@ Seen showAndAnswer(const QString& text, bool isOk, const char* button)
     return seen;
 }
 
-const struct { const char *name, *button; bool isOk, before, result; } kAnswers[] = {
-    {"OK", "CmdMbOK", true, false, true},
-    {"Yes", "CmdYes", false, false, true},
-    {"No", "CmdNo", false, true, false},
-    {"closed, result kept true", "", false, true, true},
-    {"closed, result kept false", "", true, false, false},
+// Rows 2 and 3 are wider and taller than row 1.
+const struct { const char* name; QString text; const char* button; bool isOk, before, result; } kAnswers[] = {
+    {"OK", "是否退出秤控台?", "CmdMbOK", true, false, true},
+    {"Yes, short text", "密码错误!", "CmdYes", false, false, true},
+    {"No, wide text", QStringLiteral("参数更改后未设定，是否返回?").repeated(3), "CmdNo", false, true, false},
+    {"closed, result kept true", "通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；", "", false, true, true},
+    {"closed, result kept false", "是否退出秤控台?", "", true, false, false},
 };
 }  // namespace
 
@@ -538,7 +515,8 @@ private slots:
             QDir().mkpath(QString::fromUtf8(p));
             QVERIFY(!root || (::chown(p.constData(), 0, kGroup) == 0 && ::chmod(p.constData(), 02775) == 0));
         }
-        netPath(h->path(QStringLiteral("prod")));
+        PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
+                GbLines({"NetworkPath=" + h->path(QStringLiteral("prod"))}));
         CNameMissing = true;
         for (int i : {5, 6, 10, 13})
             ScaleName[size_t(i)] = QStringLiteral("备用");
@@ -609,7 +587,7 @@ private slots:
             BcBut* f = OpenBcBut();
             tab(f, 1);
             type(f, "TxtDCansd(0)", "河砂");
-            ok(f);
+            ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
             AppendZeroRecord(0);
             SaveBLZConfig();
             Forms::unload(QStringLiteral("BcBut"));
@@ -646,7 +624,8 @@ private slots:
         if (c.statError)
             FolderStatError = [e = c.statError](const QString&) { return e; };
         if (*c.netPath)
-            netPath(QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path()));
+            PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
+                    GbLines({"NetworkPath=" + QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path())}));
         if (there == QLatin1String("file"))
             PutFile(folder, "not a folder\r\n");
         else
@@ -717,11 +696,10 @@ private slots:
         CNameMissing = true;
         BcBut* f = OpenBcBut();
         tab(f, 1);
-        ok(f);
+        ClickOn(Ctl(f, QStringLiteral("lblBdOk")));
         release->set_value();
         QCOMPARE(mb->texts, (QStringList{kAskNames, kNamesDone, kNetNoPath}));
         QCOMPARE(rawBytes(spool()), rawBytes(cname()));
-        // Only the partner's folder, and only when its share is there, gets a copy.
         QStringList copies;
         for (QDirIterator it(stations, {QStringLiteral("CName.ini")}, QDir::Files, QDirIterator::Subdirectories);
              it.hasNext();)
@@ -759,18 +737,17 @@ private slots:
     void calibrationAgainstTheController()
     {
         const CalCase& c = TableRow(kCal);
-        const int scale = c.scale;
         const bool span = c.span, taken = c.outcome == Outcome::Success;
-        ScaleName[size_t(scale)] = QStringLiteral("一号秤");
-        ScaleDecimals[size_t(scale)] = 1;  // 1500.5 goes as 15005
-        h->sim.setLoad(scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
+        ScaleName[size_t(c.scale)] = QStringLiteral("一号秤");
+        ScaleDecimals[size_t(c.scale)] = 1;  // 1500.5 goes as 15005
+        h->sim.setLoad(c.scale, 3000);       // zero point 2000: the weight shows 1000 raw, 100.0
         h->sim.setCalOutcome(c.outcome);
-        QWidget* f = openAt(scale);
+        QWidget* f = openAt(c.scale);
         QWidget* weightForm = f;
         if (c.humid) {
             HumidActive = true;
             Forms::show(QStringLiteral("BcButHumid"));
-            clickTab(Forms::loaded(QStringLiteral("BcButHumid")), scale);
+            clickTab(Forms::loaded(QStringLiteral("BcButHumid")), c.scale);
             f = Forms::loaded(QStringLiteral("YIBiaoHumidNew"));
         }
         clickTab(f, span ? 2 : 1);
@@ -779,7 +756,19 @@ private slots:
                      i == (span ? 2 : 1) ? QColor(0, 0, 192) : QColor(64, 64, 64));
         QTRY_COMPARE(label(f, "LbLADv")->text(), QStringLiteral("3000"));
         QCOMPARE(label(f, "LblZLv")->text(), QStringLiteral("100.0"));
-        Ctl<QLineEdit>(f, "TxtFmzL")->setText(c.humid ? QStringLiteral("12.5") : QStringLiteral("1500.5"));
+        auto* weight = Ctl<QLineEdit>(f, "TxtFmzL");
+        QVERIFY(!c.span || weight->isVisible());
+        weight->setText(QLatin1String(c.start));
+        weight->setFocus();
+        weight->setCursorPosition(0);
+        const QString entry = QLatin1String(c.entry);
+        if (entry == QLatin1String("delete"))
+            QTest::sendKeyEvent(QTest::Click, weight, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
+        else if (entry.startsWith(QLatin1String("paste:")))
+            QGuiApplication::clipboard()->setText(entry.mid(6)), weight->paste();
+        else
+            QTest::keyClicks(weight, entry.mid(5));
+        QCOMPARE(weight->text(), c.humid ? QStringLiteral("12.5") : QStringLiteral("1500.5"));
         ClickOn(label(f, "lblBdOk"));
         const QStringList ask = c.humid ? QStringList{"确定要湿度标定吗?", "正在湿度标定，请稍候......"}
                                 : span  ? QStringList{"确定要称量分度调校吗?", "正在称量分度调校，请稍候......"}
@@ -792,7 +781,6 @@ private slots:
         QCOMPARE(Link().Timer3.isActive() ? Link().Timer3.interval() : 0, 1000);
         waitIdle();
         h->takeFrames();
-        // Nothing leaves before Timer3 ticks.
         QTest::qWait(20);
         QVERIFY(h->takeFrames().isEmpty());
 
@@ -828,7 +816,6 @@ private slots:
     void statusReply()
     {
         const auto& c = TableRow(kReplies);
-        const bool taken = c.taken;
         QWidget* f = openAt(0);
         clickTab(f, 1);
         waitIdle();
@@ -845,16 +832,16 @@ private slots:
 
         QLabel* line = label(f, "LbLBLwc");
         QCOMPARE(line->text(),
-                 taken ? QStringLiteral("零位调校完成，请再进行实际验秤!") : QStringLiteral("正在零位调校，请稍候......"));
-        QCOMPARE(QFile::exists(opRecords()), taken);
-        QCOMPARE(QFile::exists(monthly()), taken);
+                 c.taken ? QStringLiteral("零位调校完成，请再进行实际验秤!") : QStringLiteral("正在零位调校，请稍候......"));
+        QCOMPARE(QFile::exists(opRecords()), c.taken);
+        QCOMPARE(QFile::exists(monthly()), c.taken);
         QCOMPARE(line->isHidden() && label(f, "LbLBZwc")->isHidden(), c.tab >= 0);
-        if (taken)
+        if (c.taken)
             QCOMPARE(TextColor(line), QColor(0, 0x80, 0));
-        QCOMPARE(Link().Timer1.isActive(), taken);
+        QCOMPARE(Link().Timer1.isActive(), c.taken);
         waitIdle();
         if (c.tab < 0)  // a tab restarts the live values of its own
-            QCOMPARE(h->takeFrames().contains(kLiveRead), taken);
+            QCOMPARE(h->takeFrames().contains(kLiveRead), c.taken);
     }
 
     void optionSwitches_data() { TableRows(kSwitches); }
@@ -889,32 +876,6 @@ private slots:
         if (l->isVisible())
             QCOMPARE(TextColor(l), QColor(0, 0x80, 0));
         QCOMPARE(Ctl<QCheckBox>(f, QLatin1String(c.partner))->isChecked(), !Ctl<QCheckBox>(f, box)->isChecked());
-    }
-
-    void testWeightEntry_data() { TableRows(kEntries); }
-    void testWeightEntry()
-    {
-        const auto& c = TableRow(kEntries);
-        const QString form = QLatin1String(c.form), action = QLatin1String(c.action);
-        QWidget* f = openAt(0);
-        if (form == QLatin1String("YIBiaoHumidNew")) {
-            HumidActive = true;
-            Forms::show(form);
-            f = Forms::loaded(form);
-        }
-        clickTab(f, 2);
-        auto* b = Ctl<QLineEdit>(f, "TxtFmzL");
-        QVERIFY(b->isVisible());
-        b->setText(QLatin1String(c.start));
-        b->setFocus();
-        b->setCursorPosition(0);
-        if (action == QLatin1String("delete"))
-            QTest::sendKeyEvent(QTest::Click, b, Qt::Key_Delete, QString(QChar(0x7F)), Qt::NoModifier);
-        else if (action.startsWith(QLatin1String("paste:")))
-            QGuiApplication::clipboard()->setText(action.mid(6)), b->paste();
-        else
-            QTest::keyClicks(b, action.mid(5));
-        QCOMPARE(b->text(), QLatin1String(c.text));
     }
 
     void monthlyFilesWithoutDataFolder()
@@ -973,7 +934,7 @@ private slots:
     void refusedWritesAreLogged()
     {
         const auto& c = TableRow(kRefusedWrites);
-        const QString path = h->path(QLatin1String(c.file)), routine = QLatin1String(c.routine);
+        const QString path = h->path(QLatin1String(c.file));
         PutFile(path, "kept\r\n");
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
         // An operator other than the superuser, whom permissions do not stop, in folders open to him.
@@ -981,23 +942,18 @@ private slots:
             QFile::setPermissions(folder, QFile::Permissions(0x7777));
         {
             FilesAsUser nobody(65534, 65534);
-            if (routine == QLatin1String("SaveBLZConfig")) {
-                SaveBLZConfig();
-            } else if (routine == QLatin1String("AppendOpRecord")) {
-                AppendOpRecord("秤", "t", "王", "标零", "1", "2", "3");
-            } else {
-                AppendZeroRecord(0);
-                AppendWeightRecord(0);
-            }
+            AppendZeroRecord(0);
+            AppendWeightRecord(0);
+            AppendOpRecord("秤", "t", "王", "标零", "1", "2", "3");
+            SaveBLZConfig();
         }
         QCOMPARE(rawBytes(path), QByteArray("kept\r\n"));
         const QString log = ErrorLogText();
         QVERIFY2(log.contains("ErrNumber:70----Permission denied: " + path + "\r\nErrForm:Module1\r\nErrSub:" +
-                              routine),
+                              QLatin1String(c.routine)),
                  qPrintable(log));
     }
 
-    // A field as CSV writes it, inside a row: quoted when it must be, quotes doubled, UTF-8, CRLF at the end.
     void csvQuoting_data() { TableRows(kCsvFields); }
     void csvQuoting()
     {
@@ -1005,12 +961,11 @@ private slots:
         QCOMPARE(CsvRow({QString::fromUtf8(c.field), QStringLiteral("标零")}), QByteArray(c.csv) + ",标零\r\n");
     }
 
-    // Ctrl+S on the viewer: a write that fails says so and leaves no file; then the rows shown, every field as
-    // the grid shows it.
+    // The long list on the viewer, every record back in order, field for field; the second record's empty operator
+    // shifts all rows after it by one field. Ctrl+S: a write that fails says so and leaves no file; then the rows
+    // shown, every field as the grid shows it.
     void exportRows()
     {
-        // The long list: Chinese and ASCII fields of varying length, every record back in order, field for
-        // field; the second record's empty operator shifts all rows after it by one field.
         QStringList fields{"a,b",    "2026/3/5 9:00:00", "x\"y", "标零", "5000", "0.0", "0",
                            "二号秤", "2026/3/5 9:10:00", "标重", "1",    "2",    "3"};
         QStringEncoder gb("GB18030");
@@ -1040,42 +995,32 @@ private slots:
         QCOMPARE(mb->texts[1], QStringLiteral("已导出100000条记录到：\n") + path);
         QVERIFY(!QFile::exists(gone));
 
-        // UTF-8 behind its mark, the headers, then each row as the grid shows it.
         QByteArray csv = "\xEF\xBB\xBF" "秤名称,标秤时间,操作员,具体操作,AD信号值,重量值,砝码值\r\n";
         QStringList shown;
-        for (const QString& r : shownRows(Ctl<QTableView>(form, QStringLiteral("MSGrid")))) {
+        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
+        for (const QString& r : shownRows(g)) {
             shown += r.split(QLatin1Char('|'));
             csv += CsvRow(r.split(QLatin1Char('|')));
         }
         QCOMPARE(shown, fields << QString());
         QVERIFY(csv.contains("\r\n\"a,b\",2026/3/5 9:00:00,\"x\"\"y\",标零,5000,0.0,0\r\n"));
         QCOMPARE(rawBytes(path), csv);
-    }
 
-    // Ctrl+F: the next row after the current one that holds the text, from the top again after the last.
-    void findSelectsTheNextRow_data() { TableRows(kFinds); }
-    void findSelectsTheNextRow()
-    {
-        const auto& c = TableRow(kFinds);
-        PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
-                TextFile::encode(QStringLiteral("一号秤\r\nt1\r\n张工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
-                                                "二号秤\r\nt2\r\n张工\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"
-                                                "AB秤\r\nt3\r\n王工\r\n标零\r\n1\r\n2\r\n3\r\n\r\n")));
-        Forms::show(QStringLiteral("FrmJk"));
-        QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
-        auto* g = Ctl<QTableView>(form, QStringLiteral("MSGrid"));
-        if (c.current >= 0)
-            g->selectRow(c.current);
         form->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(form));
         QTest::keyClick(form, Qt::Key_F, Qt::ControlModifier);
         auto* find = Ctl<QDialog>(form, QStringLiteral("FindRecords"));
         QVERIFY(find && find->isVisible());
-        Ctl<QLineEdit>(find, QStringLiteral("TxtFind"))->setText(QString::fromUtf8(c.text));
-        Ctl<QPushButton>(find, QStringLiteral("cmdFindNext"))->click();
-        QCOMPARE(g->currentIndex().row(), c.found >= 0 ? c.found : c.current);
-        QCOMPARE(g->selectionModel()->selectedRows().size(), c.found >= 0 || c.current >= 0 ? 1 : 0);
-        QCOMPARE(Ctl<QLabel>(find, QStringLiteral("lblFindResult"))->text().isEmpty(), c.found >= 0);
+        for (const auto& r : kFinds) {
+            g->clearSelection();
+            if (r.current >= 0)
+                g->selectRow(r.current);
+            Ctl<QLineEdit>(find, QStringLiteral("TxtFind"))->setText(QString::fromUtf8(r.text));
+            Ctl<QPushButton>(find, QStringLiteral("cmdFindNext"))->click();
+            QCOMPARE(g->currentIndex().row(), r.found >= 0 ? r.found : r.current);
+            QCOMPARE(g->selectionModel()->selectedRows().size(), r.found >= 0 || r.current >= 0 ? 1 : 0);
+            QVERIFY2(Ctl<QLabel>(find, QStringLiteral("lblFindResult"))->text().isEmpty() == (r.found >= 0), r.name);
+        }
     }
 
     // The records command: the rows of the months asked for, of one scale if asked, as the grid shows them;
@@ -1084,8 +1029,7 @@ private slots:
     void recordsCommand()
     {
         const auto& c = TableRow(kCommands);
-        // The third record has no operator: its row ends with the fourth's title, and the rows after it start
-        // with their dates.
+        // The third record has no operator: the rows after it start with their dates.
         PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
                 TextFile::encode(QStringLiteral("一号秤\r\n2025/12/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                 "一号秤\r\n2026/1/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
@@ -1102,37 +1046,23 @@ private slots:
             got << row.section(QLatin1Char(','), 0, 1).replace(QLatin1Char(','), QLatin1Char(' '));
         QCOMPARE(error.isEmpty() ? got.join(QLatin1Char('|')) : QStringLiteral("error: ") + error,
                  QString::fromUtf8(c.out));
-        // The headers lead, and a refused command prints nothing at all.
         QCOMPARE(lines.value(0), error.isEmpty() ? QStringLiteral("秤名称,标秤时间,操作员,具体操作,AD信号值,重量值,砝码值") : QString());
     }
 
-    void answers_data() { TableRows(kAnswers); }
+    // The answer the caller gets. No width of its own: a short text gets a narrow box. Over the calibration form
+    // it sits below the values.
     void answers()
     {
-        const auto& c = TableRow(kAnswers);
         delete std::exchange(mb, nullptr);  // this operator answers by hand
-        MbResult = c.before;
-        const Seen s = showAndAnswer(QStringLiteral("是否退出秤控台?"), c.isOk, c.button);
-        QCOMPARE(s.okShown, c.isOk);
-        QCOMPARE(s.yesShown, !c.isOk);
-        QCOMPARE(MbResult, c.result);
-        QVERIFY(!MbQuestion::showing());
-    }
-
-    // No width of its own: a short text gets a narrow box. Over the calibration form it sits below the values.
-    void sizeAndPlace()
-    {
-        delete std::exchange(mb, nullptr);
         Forms::load(QStringLiteral("YIBiao"))->move(120, 90);
         CurrentForm = QStringLiteral("YIBiao");
-        const Seen small = showAndAnswer(QStringLiteral("密码错误!"), false, "CmdYes");
-        const Seen wide = showAndAnswer(QStringLiteral("参数更改后未设定，是否返回?").repeated(3), false, "CmdYes");
-        const Seen tall =
-            showAndAnswer(QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；"), false, "CmdYes");
-        QCOMPARE(small.pos, QPoint(120, 90 + 180));
-        QVERIFY(wide.size.width() > small.size.width());
-        QVERIFY(tall.size.height() > small.size.height());
-        for (const Seen& s : {small, wide, tall}) {
+        QList<Seen> seen;
+        for (const auto& c : kAnswers) {
+            MbResult = c.before;
+            const Seen& s = seen.emplace_back(showAndAnswer(c.text, c.isOk, c.button));
+            QVERIFY2(s.okShown == c.isOk && s.yesShown == !c.isOk && MbResult == c.result, c.name);
+            QVERIFY(!MbQuestion::showing());
+            QCOMPARE(s.pos, QPoint(120, 90 + 180));
             // Width: the label and 1000 twips; height: below the label 1200 twips; buttons 200 twips below it.
             QCOMPARE(s.size.width(), s.label.width() + 66);
             QCOMPARE(s.size.height(), s.label.bottom() + 1 + 80);
@@ -1141,11 +1071,12 @@ private slots:
             QCOMPARE(s.no.left(), s.yes.left() + 60);
             QCOMPARE(s.ok.left(), (s.size.width() - s.ok.width()) / 2);
         }
+        QVERIFY(seen[2].size.width() > seen[1].size.width());
+        QVERIFY(seen[3].size.height() > seen[1].size.height());
     }
 
 private:
     void tab(BcBut* f, int i) { ClickOn(Ctl(f, IndexedName("LblBdTap", i))); }
-    void ok(BcBut* f) { ClickOn(Ctl(f, QStringLiteral("lblBdOk"))); }
     QStringList boxesAfter(BcBut* f, const char* control = "lblBdOk")
     {
         mb->texts.clear();
@@ -1159,12 +1090,7 @@ private:
     QString box(BcBut* f, const char* name) { return Ctl<QLineEdit>(f, QLatin1String(name))->text(); }
     QString cname() const { return h->path(QStringLiteral("Data/CName.ini")); }
     QString spool() const { return CNameSpoolFolder() + QStringLiteral("/CName.ini"); }
-    void netPath(const QString& path)
-    {
-        PutFile(h->path(QStringLiteral("Data/NetPath.ini")), GbLines({"NetworkPath=" + path}));
-    }
 
-    // The globals a click on scale n of the calibration menu stores, then the form itself.
     QWidget* openAt(int scale)
     {
         h->sim.setSBit(612, true);  // bit on: tracking off
