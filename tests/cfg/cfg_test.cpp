@@ -9,8 +9,6 @@
 #include "common/text_file.h"
 #include "plcsim/sim_port.h"
 
-#include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSerialPort>

@@ -3,15 +3,11 @@
 #include "test_support.h"
 
 #include "common/app_paths.h"
+#include "common/module1.h"
+#include "common/profile.h"
+#include "common/text_file.h"
 
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QString>
 #include <QStringEncoder>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 

@@ -2,19 +2,16 @@
 // that routine: when the click unloads the form, the form must outlive the routine, hidden at once, destroyed
 // afterwards. Shutdown and logout end the console as its exit button does: the calibration values of the run
 // are saved and the port is closed.
-#include "test_support.h"
+#include "common_test_util.h"
 
 #include "common/event_yield.h"
 #include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "common/text_file.h"
 #include "link/link_engine.h"
 #include "shell/app_setup.h"
 #include "shell/plc_form.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPointer>

@@ -1,13 +1,10 @@
 // The files of the application folder. The text files the stations share: their bytes and lines, the modes of
 // what is made, the profile reader and writer on them. Where Windows paths land, what is hidden, the port
 // devices, and the error log. The scale table in BLZConfig.dat and the names in CName.ini, whole or damaged.
-#include "common/app_paths.h"
-#include "common/error_log.h"
-#include "common/module1.h"
-#include "common/profile.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
 #include "common_test_util.h"
+
+#include "common/error_log.h"
+#include "common/scale_table.h"
 
 #include <QRegularExpression>
 

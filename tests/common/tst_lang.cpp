@@ -2,12 +2,10 @@
 // language file that changes while the console runs; the shipped language file against the code: every key the
 // console looks up has an English entry in its form's section, none of them empty, and the file holds no number
 // beyond those in use.
-#include "common/lang.h"
-#include "common/module1.h"
-#include "common/profile.h"
-#include "common/text_file.h"
-#include "common/vbtext.h"
 #include "common_test_util.h"
+
+#include "common/lang.h"
+#include "common/vbtext.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>

@@ -4,8 +4,6 @@
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 
-#include <QTimer>
-
 namespace {
 // A row's kind names the routine it goes through:
 //   word: payload@index -> value; byte: hex digits -> value; address: device -> byte address;

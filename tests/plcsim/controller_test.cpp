@@ -4,7 +4,6 @@
 #include "test_support.h"
 
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QProcess>
 #include <QSerialPort>
 #include <QSet>
