@@ -1,7 +1,5 @@
-// orvaplccfg against the in-process controller: what a commissioning engineer sees of a saved plant, a
-// changed controller, a restore, a refused file and a link that fails half way. Then the installed command
-// as a user runs it: the real executable in an application folder of its own, through the real serial port
-// code on a pseudo-terminal, to the standalone controller started as a commissioned plant.
+// orvaplccfg against the in-process controller, and the installed command as a user runs it: the real
+// executable in an application folder of its own, on a pseudo-terminal to the standalone controller.
 #include "test_support.h"
 
 #include "cfg/cfg_commands.h"
@@ -244,8 +242,7 @@ private slots:
         QCOMPARE(r.h.sim.word(358), short(300));
     }
 
-    // The controller stops answering at the second block's write: the restore stops there and says which
-    // blocks the controller has and which not.
+    // The controller stops answering at the second block's write: the restore says which blocks it has.
     void linkFaultMidRestore()
     {
         Rig r;

@@ -1,7 +1,5 @@
-// The console ending under a running routine. A click that arrives while a form is summing a frame runs inside
-// that routine: when the click unloads the form, the form must outlive the routine, hidden at once, destroyed
-// afterwards. Shutdown and logout end the console as its exit button does: the calibration values of the run
-// are saved and the port is closed.
+// The console ending under a running routine: a click that unloads a form while it sums a frame runs inside
+// that routine, so the form must outlive it. Shutdown and logout end the console as its exit button does.
 #include "common_test_util.h"
 
 #include "common/event_yield.h"
@@ -62,7 +60,6 @@ private slots:
         Forms::show(form);
         QPointer<QWidget> f = Forms::loaded(form);
         QVERIFY(f);
-        // The form's first reads are done and nothing is in flight.
         auto* last = Ctl<QLineEdit>(f, form == QLatin1String("YIBiao") ? "txtTzxxZeroRead" : "TxtSRead");
         QTRY_VERIFY_WITH_TIMEOUT(!last->text().isEmpty() && SendFlag && !Link().Timer2.isActive(), 3000);
         h.takeFrames();
@@ -85,7 +82,6 @@ private slots:
         QVERIFY(Forms::loaded("BcBut") && Forms::loaded("BcBut")->isVisible());
         QVERIFY(h.takeFrames().contains(c.frame));
 
-        // A new load starts fresh and works.
         Forms::show(form);
         QTRY_VERIFY_WITH_TIMEOUT(Forms::loaded(form) && SendFlag, 3000);
         QVERIFY(Forms::loaded(form)->isVisible());

@@ -1,6 +1,5 @@
-// The files of the application folder. The text files the stations share: their bytes and lines, the modes of
-// what is made, the profile reader and writer on them. Where Windows paths land, what is hidden, the port
-// devices, and the error log. The scale table in BLZConfig.dat and the names in CName.ini, whole or damaged.
+// The files of the application folder: shared text files and profiles, Windows paths, hidden folders, the error
+// log, the scale table in BLZConfig.dat and the names in CName.ini, whole or damaged.
 #include "common_test_util.h"
 
 #include "common/error_log.h"
@@ -59,7 +58,7 @@ const QByteArray kForeign = "; comment\r\njunk line\n[Name]\r\n01=a\r\n; inner\r
 const QByteArray kJunk("\x00\xff\x81\r\n[S]\r\nk=1\r\n\xfe", 16);
 const Case kWrites[] = {
     {"new file, GB18030", kNoFile, "骨料", "01", "骨料1", QByteArray::fromHex("5bb9c7c1cf5d0d0a30313db9c7c1cf310d0a")},
-    {"replace without case keeps the rest", kForeign, "NAME", "02", "c", QByteArray(kForeign).replace("02 = b ", "02=c")},
+    {"replaced, no matter the case", kForeign, "NAME", "02", "c", QByteArray(kForeign).replace("02 = b ", "02=c")},
     {"new key after the section's last line", kForeign, "Name", "03", "c",
      QByteArray(kForeign).replace("02 = b \r\n", "02 = b \r\n03=c\r\n")},
     {"new section at the end", kForeign, "ZDTime", "01", "3", kForeign + "\r\n[ZDTime]\r\n01=3\r\n"},
@@ -293,9 +292,8 @@ private slots:
         QCOMPARE(rawBytes(app() + "/drive_c/Program Files/.hidden"), QByteArray("MswSpool\n"));
     }
 
-    // On a share of a Windows station the folder takes the hidden bit among its DOS attributes (four bytes,
-    // low byte first), the others kept. A mount without them, or one that refuses, leaves ".hidden" alone to
-    // tell it, and nothing goes to the log.
+    // On a Windows share the folder takes the hidden bit among its DOS attributes (low byte first), the others
+    // kept. A mount without them, or one that refuses, leaves ".hidden" alone to tell it; nothing is logged.
     void hiddenOnAWindowsShare_data() { TableRows(kShareAttributes); }
     void hiddenOnAWindowsShare()
     {

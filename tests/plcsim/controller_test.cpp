@@ -152,7 +152,7 @@ private slots:
         QCOMPARE(got, whole);
     }
 
-    // The status answers are the calibration form's to check; here, what a calibration does to the weight.
+    // What a calibration does to the status bits and the weight.
     void calibration_data() { TableRows(kCalibrations); }
     void calibration()
     {
