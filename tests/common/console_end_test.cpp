@@ -15,7 +15,6 @@
 #include <QPointer>
 
 #include <csignal>
-#include <cstring>
 
 namespace {
 // Queued, not sent: the click waits in the event queue until the console next yields.
@@ -34,6 +33,7 @@ const struct { const char *name, *form, *control; QString frame; } kInsideTheChe
     {"calibration form, tab selection", "YIBiao", "LblBd(1)", Frame("0101640")},
     {"parameter editor, option box", "Cansd", "Check1(1)", WriteFrame("003E", "4AC3")},
 };
+const struct { const char* name; int sig; } kSignals[] = {{"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl+C", SIGINT}};
 }  // namespace
 
 class ConsoleEndTest : public QObject {
@@ -87,14 +87,10 @@ private slots:
         QVERIFY(Forms::loaded(form)->isVisible());
     }
 
-    void signalEndsAsTheExitButton_data()
-    {
-        QTest::addColumn<int>("sig");  // at shutdown, at logout, Ctrl+C
-        for (int sig : {SIGTERM, SIGHUP, SIGINT}) QTest::newRow(sigabbrev_np(sig)) << sig;
-    }
+    void signalEndsAsTheExitButton_data() { TableRows(kSignals); }
     void signalEndsAsTheExitButton()
     {
-        QFETCH(int, sig);
+        const int sig = TableRow(kSignals).sig;
         ConsoleHarness h;
         QVERIFY(QDir(h.dir.path()).mkpath(QStringLiteral("Data")));
         auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));

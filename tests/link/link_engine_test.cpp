@@ -203,7 +203,6 @@ private slots:
     void outcomes()
     {
         const auto& c = TableRow(kOutcomes);
-        h->sim.setLateMs(100);
         h->sim.injectFault(c.fault);
         request(c.write);
         QCoreApplication::processEvents();  // what the controller answers at once has come
