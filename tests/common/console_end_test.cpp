@@ -33,7 +33,7 @@ const struct { const char *name, *form, *control; QString frame; } kInsideTheChe
     {"calibration form, tab selection", "YIBiao", "LblBd(1)", Frame("0101640")},
     {"parameter editor, option box", "Cansd", "Check1(1)", WriteFrame("003E", "4AC3")},
 };
-const struct { const char* name; int sig; } kSignals[] = {{"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl+C", SIGINT}};
+const struct { const char* name; int sig; } kSignals[] = {{"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl-C", SIGINT}};
 }  // namespace
 
 class ConsoleEndTest : public QObject {
