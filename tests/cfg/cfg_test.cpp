@@ -29,15 +29,6 @@ struct Rig {
         run.yes = true;
         saved = CfgSave(run, file);
     }
-    // The write frames the controller received since the last call: "1", byte address, byte count.
-    QStringList takeWrites()
-    {
-        QStringList heads;
-        for (const QString& f : h.takeFrames())
-            if (f.mid(1, 1) == QLatin1String("1"))
-                heads << f.mid(1, 7);
-        return heads;
-    }
     QStringList lines()
     {
         QString text;
@@ -204,7 +195,11 @@ private slots:
         QCOMPARE(r.out, QString::fromUtf8(c.diff).split(QLatin1Char('\n')));
         r.h.takeFrames();
         QCOMPARE(CfgRestore(r.run, r.file), int(kCfgOk));
-        QCOMPARE(r.takeWrites(), QStringList{c.writes});
+        QStringList writes;  // "1", byte address, byte count
+        for (const QString& f : r.h.takeFrames())
+            if (f.mid(1, 1) == QLatin1String("1"))
+                writes << f.mid(1, 7);
+        QCOMPARE(writes, QStringList{c.writes});
         r.out.clear();
         QCOMPARE(CfgDiff(r.run, r.file), int(kCfgOk));
         QCOMPARE(r.out, QStringList());

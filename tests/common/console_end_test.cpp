@@ -17,23 +17,14 @@
 #include <csignal>
 
 namespace {
-// Queued, not sent: the click waits in the event queue until the console next yields.
-void postClick(QWidget* w)
-{
-    const QPointF at = QRectF(w->rect()).center();
-    for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
-        QCoreApplication::postEvent(w, new QMouseEvent(t, at, w->mapToGlobal(at), Qt::LeftButton,
-                                                       t == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
-                                                       Qt::NoModifier));
-}
-
 // The form, the control whose routine builds a frame, the frame still sent. Scale 0: live block D11, option
 // byte S500 at 003E (read as "5AC3", bit 0 cleared by the click).
 const struct { const char *name, *form, *control; QString frame; } kInsideTheChecksum[] = {
     {"calibration form, tab selection", "YIBiao", "LblBd(1)", Frame("0101640")},
     {"parameter editor, option box", "Cansd", "Check1(1)", WriteFrame("003E", "4AC3")},
 };
-const struct { const char* name; int sig; } kSignals[] = {{"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl-C", SIGINT}};
+const struct { const char* name; int sig; } kSignals[] = {
+    {"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl+C", SIGINT}};
 }  // namespace
 
 class ConsoleEndTest : public QObject {
@@ -66,7 +57,14 @@ private slots:
 
         bool routineRunning = false, destroyedInsideRoutine = false;
         connect(f.data(), &QObject::destroyed, this, [&] { destroyedInsideRoutine = routineRunning; });
-        postClick(Ctl(f, QStringLiteral("lblReturn")));
+        // The click on the return is queued, not sent: it waits until the console next yields.
+        QWidget* back = Ctl(f, QStringLiteral("lblReturn"));
+        const QPointF at = QRectF(back->rect()).center();
+        for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            const Qt::MouseButtons held = t == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+            QCoreApplication::postEvent(
+                back, new QMouseEvent(t, at, back->mapToGlobal(at), Qt::LeftButton, held, Qt::NoModifier));
+        }
         routineRunning = true;
         if (auto* box = Ctl<QCheckBox>(f, QLatin1String(c.control)))
             box->click();

@@ -238,11 +238,6 @@ private slots:
             (void)QTest::qWaitFor([&] { return got.size() >= answerLength; }, kStartMs);
             return got;
         };
-        auto command = [&](const QByteArray& line) {
-            sim.write(line + '\n');
-            (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kStartMs);
-            return sim.readLine().trimmed();
-        };
 
         // Scale 11's key zeroing: its default 0.5 kg in the two decimals of the console's scale table.
         QCOMPARE(ask(F("013A802"), 8), commissioned ? F("3200") : F("0000"));
@@ -253,10 +248,13 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(ask(kReadStatus, 8), F("8000"), kStartMs);
 
         port.close();
-        if (commissioned)
+        if (commissioned) {
             sim.terminate();
-        else
-            QCOMPARE(command("quit"), QByteArray("ok"));
+        } else {
+            sim.write("quit\n");
+            QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kStartMs);
+            QCOMPARE(sim.readLine().trimmed(), QByteArray("ok"));
+        }
         QTRY_COMPARE_WITH_TIMEOUT(sim.state(), QProcess::NotRunning, kStartMs);
         QCOMPARE(sim.exitStatus(), QProcess::NormalExit);
         QCOMPARE(sim.exitCode(), 0);
