@@ -71,9 +71,8 @@ const Case kProfile[] = {
     {"written: UTF-16, new section", u16("[ZDTime]\r\n01=3\r\n"), "Name", "02", "石子",
      u16("[ZDTime]\r\n01=3\r\n\r\n[Name]\r\n02=石子\r\n")},
 };
-// CRLF after every line, in the encoding of the replaced file's mark; a file without one is GB18030,
-// however valid UTF-8 its bytes happen to be. Text is appended twice: the file is made, then added to.
-// before null: no file; appended null: the lines 骨料1, "", 砂 written instead.
+// A file (none: no file) appended to twice, or nothing appended: the lines 骨料1, "", 砂 written instead.
+// CRLF after every line, in the encoding of the file's mark, else GB18030 even where the bytes are valid UTF-8.
 const QByteArray kLines = QByteArray::fromHex("b9c7c1cf31" "0d0a" "0d0a" "c9b0" "0d0a");
 const struct { const char* name; QByteArray before; const char* appended; QByteArray after; } kWritten[] = {
     {"new file", {}, nullptr, kLines},
@@ -250,7 +249,8 @@ private slots:
     void profile()
     {
         const Case& c = TableRow(kProfile);
-        const QString file = put(c.bytes);
+        const QString file = app("p.ini");
+        if (c.bytes != kNoFile) QVERIFY(putBytes(file, c.bytes));
         if (!c.after.isNull()) {
             QVERIFY(WriteProfileValue(c.section, c.key, c.value, file));
             QCOMPARE(rawBytes(file), c.after);
@@ -477,11 +477,6 @@ private slots:
 
 private:
     AppFolder app;
-    QString put(const QByteArray& bytes)
-    {
-        if (bytes != kNoFile) putBytes(app("p.ini"), bytes);
-        return app("p.ini");
-    }
 };
 
 QTEST_GUILESS_MAIN(AppFilesTest)
