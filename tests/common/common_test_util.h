@@ -3,15 +3,11 @@
 #include "test_support.h"
 
 #include "common/app_paths.h"
+#include "common/module1.h"
+#include "common/profile.h"
+#include "common/text_file.h"
 
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QString>
 #include <QStringEncoder>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 
@@ -52,18 +48,15 @@ inline void makeReadOnly(const QString& root) { setTreeWritable(root, false); }
 inline void makeWritable(const QString& root) { setTreeWritable(root, true); }
 
 // A fresh application folder for each test function (renew() in init()); app("Data/x") is a path in it.
-class AppFolder {
-public:
+struct AppFolder {
+    std::unique_ptr<QTemporaryDir> dir;
     void renew()
     {
-        dir_ = std::make_unique<QTemporaryDir>();
-        AppPaths::setAppFolder(dir_->path());
+        dir = std::make_unique<QTemporaryDir>();
+        AppPaths::setAppFolder(dir->path());
     }
-    QString operator()(const QString& relative = QString()) const
+    QString operator()(const QString& relative = {}) const
     {
-        return relative.isEmpty() ? dir_->path() : dir_->filePath(relative);
+        return relative.isEmpty() ? dir->path() : dir->filePath(relative);
     }
-
-private:
-    std::unique_ptr<QTemporaryDir> dir_;
 };

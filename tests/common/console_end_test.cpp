@@ -1,44 +1,30 @@
-// The console ending under a running routine. A click that arrives while a form is summing a frame runs inside
-// that routine: when the click unloads the form, the form must outlive the routine, hidden at once, destroyed
-// afterwards. Shutdown and logout end the console as its exit button does: the calibration values of the run
-// are saved and the port is closed.
-#include "test_support.h"
+// The console ending under a running routine: a click that unloads a form while it sums a frame runs inside
+// that routine, so the form must outlive it. Shutdown and logout end the console as its exit button does.
+#include "common_test_util.h"
 
 #include "common/event_yield.h"
 #include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "common/text_file.h"
 #include "link/link_engine.h"
 #include "shell/app_setup.h"
 #include "shell/plc_form.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPointer>
 
 #include <csignal>
-#include <cstring>
 
 namespace {
-// Queued, not sent: the click waits in the event queue until the console next yields.
-void postClick(QWidget* w)
-{
-    const QPointF at = QRectF(w->rect()).center();
-    for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
-        QCoreApplication::postEvent(w, new QMouseEvent(t, at, w->mapToGlobal(at), Qt::LeftButton,
-                                                       t == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
-                                                       Qt::NoModifier));
-}
-
 // The form, the control whose routine builds a frame, the frame still sent. Scale 0: live block D11, option
 // byte S500 at 003E (read as "5AC3", bit 0 cleared by the click).
 const struct { const char *name, *form, *control; QString frame; } kInsideTheChecksum[] = {
     {"calibration form, tab selection", "YIBiao", "LblBd(1)", Frame("0101640")},
     {"parameter editor, option box", "Cansd", "Check1(1)", WriteFrame("003E", "4AC3")},
 };
+const struct { const char* name; int sig; } kSignals[] = {
+    {"shutdown", SIGTERM}, {"logout", SIGHUP}, {"Ctrl+C", SIGINT}};
 }  // namespace
 
 class ConsoleEndTest : public QObject {
@@ -65,14 +51,20 @@ private slots:
         Forms::show(form);
         QPointer<QWidget> f = Forms::loaded(form);
         QVERIFY(f);
-        // The form's first reads are done and nothing is in flight.
         auto* last = Ctl<QLineEdit>(f, form == QLatin1String("YIBiao") ? "txtTzxxZeroRead" : "TxtSRead");
         QTRY_VERIFY_WITH_TIMEOUT(!last->text().isEmpty() && SendFlag && !Link().Timer2.isActive(), 3000);
         h.takeFrames();
 
         bool routineRunning = false, destroyedInsideRoutine = false;
         connect(f.data(), &QObject::destroyed, this, [&] { destroyedInsideRoutine = routineRunning; });
-        postClick(Ctl(f, QStringLiteral("lblReturn")));
+        // The click on the return is queued, not sent: it waits until the console next yields.
+        QWidget* back = Ctl(f, QStringLiteral("lblReturn"));
+        const QPointF at = QRectF(back->rect()).center();
+        for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            const Qt::MouseButtons held = t == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+            QCoreApplication::postEvent(
+                back, new QMouseEvent(t, at, back->mapToGlobal(at), Qt::LeftButton, held, Qt::NoModifier));
+        }
         routineRunning = true;
         if (auto* box = Ctl<QCheckBox>(f, QLatin1String(c.control)))
             box->click();
@@ -88,20 +80,15 @@ private slots:
         QVERIFY(Forms::loaded("BcBut") && Forms::loaded("BcBut")->isVisible());
         QVERIFY(h.takeFrames().contains(c.frame));
 
-        // A new load starts fresh and works.
         Forms::show(form);
         QTRY_VERIFY_WITH_TIMEOUT(Forms::loaded(form) && SendFlag, 3000);
         QVERIFY(Forms::loaded(form)->isVisible());
     }
 
-    void signalEndsAsTheExitButton_data()
-    {
-        QTest::addColumn<int>("sig");  // at shutdown, at logout, Ctrl+C
-        for (int sig : {SIGTERM, SIGHUP, SIGINT}) QTest::newRow(sigabbrev_np(sig)) << sig;
-    }
+    void signalEndsAsTheExitButton_data() { TableRows(kSignals); }
     void signalEndsAsTheExitButton()
     {
-        QFETCH(int, sig);
+        const int sig = TableRow(kSignals).sig;
         ConsoleHarness h;
         QVERIFY(QDir(h.dir.path()).mkpath(QStringLiteral("Data")));
         auto* plc = Forms::get<PLC>(QStringLiteral("PLC"));

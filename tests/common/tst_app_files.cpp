@@ -1,13 +1,9 @@
-// The files of the application folder. The text files the stations share: their bytes and lines, the modes of
-// what is made, the profile reader and writer on them. Where Windows paths land, what is hidden, the port
-// devices, and the error log. The scale table in BLZConfig.dat and the names in CName.ini, whole or damaged.
-#include "common/app_paths.h"
-#include "common/error_log.h"
-#include "common/module1.h"
-#include "common/profile.h"
-#include "common/scale_table.h"
-#include "common/text_file.h"
+// The files of the application folder: shared text files and profiles, Windows paths, hidden folders, the error
+// log, the scale table in BLZConfig.dat and the names in CName.ini, whole or damaged.
 #include "common_test_util.h"
+
+#include "common/error_log.h"
+#include "common/scale_table.h"
 
 #include <QRegularExpression>
 
@@ -19,16 +15,64 @@ namespace {
 QByteArray gb(const QString& text) { return TextFile::encode(text); }
 const QByteArray kNoFile = "<none>";
 
-// The file's bytes, where to look, the value read or written, the bytes after the write, the default.
-struct Case {
-    QByteArray bytes;
-    QString section, key, value;  // no section: the reader of a line that begins with the key
-    QByteArray after{};
-    QString deflt = "d";
+// The file's bytes, where to look (no section: the reader of a line that begins with the key), the value
+// read, or written and read back, the bytes after the write (none: no write), the default.
+struct Case { const char* name; QByteArray bytes; QString section, key, value; QByteArray after{};
+              QString deflt = "d"; };
+const QByteArray kCName = gb("[Name]\r\n01=骨料A\r\n02=砂\r\n[ZDTime]\r\n01=3\r\n");
+const QByteArray kBlz = gb("COMPort=3\r\nBiaoZeroTime=first\r\nBiaoZeroTime=second\r\nUserNam:  张三  \r\n");
+const QByteArray kLongLines = rawBytes(fixture("CName_longlines.ini")), kUtf8Ini = rawBytes(fixture("utf8_bom.ini"));
+const QByteArray kForeign = "; comment\r\njunk line\n[Name]\r\n01=a\r\n; inner\r\n02 = b \r\n\r\n[Other]\nx=1\n";
+const QByteArray kJunk("\x00\xff\x81\r\n[S]\r\nk=1\r\n\xfe", 16);
+const Case kProfile[] = {
+    {"second section", kCName, "ZDTime", "01", "3"},
+    {"section without case", kCName, "NAME", "02", "砂"},
+    {"key without case", gb("[S]\r\nMyKey=1\r\n"), "s", "MYKEY", "1"},
+    {"blanks around all", gb("  [ Name ]  \r\n   01  =   水秤   \r\n"), "Name", "01", "水秤"},
+    {"quotes removed", gb("[S]\r\nk=\" a b \"\r\n"), "S", "k", " a b "},
+    {"unmatched quote kept", gb("[S]\r\nk=\"abc'\r\n"), "S", "k", "\"abc'"},
+    {"first key wins", gb("[S]\r\nk=1\r\nk=2\r\n"), "S", "k", "1"},
+    {"key of another section", gb("[A]\r\nk=1\r\n[B]\r\nj=2\r\n"), "B", "k", "d"},
+    {"section prefix is no match", kCName, "Nam", "01", "d"},
+    {"empty value is a value", gb("[S]\r\nk=\r\n"), "S", "k", ""},
+    {"comment is no key", gb("[S]\r\n;k=1\r\n"), "S", "k", "d"},
+    {"Chinese value cut at 455", gb("[S]\r\nk=" + QString(456, QChar(0x9AA8))), "S", "k", QString(455, QChar(0x9AA8))},
+    {"long default cut", kCName, "S", "k", QString(455, 'z'), {}, QString(500, 'z')},
+    {"missing file", kNoFile, "S", "k", "d"},
+    {"UTF-8 behind a BOM", kUtf8Ini, "lancommon", "COM003-1", "返回"},
+    // "砂" is C9 B0, valid UTF-8 as well: without a mark it is GB18030 all the same.
+    {"GB18030 valid as UTF-8", "[Name]\r\n01=\xC9\xB0\r\n", "Name", "01", "砂"},
+    {"UTF-16 behind a BOM", u16("[Name]\r\n11=清水秤\r\n"), "name", "11", "清水秤"},
+    {"a mark before text that is not UTF-8", "\xEF\xBB\xBF[Name]\r\n01=\xCA\xAF\r\n02=a\r\n", "Name", "02", "a"},
+    {"10,000-character section name", kLongLines, QString(10000, 'N'), "01", QString(455, 'y')},
+    {"key behind binary junk", rawBytes(fixture("BLZConfig_binary.dat")) + gb("\r\n[Name]\r\n01=石子"), "Name", "01",
+     "石子"},
+    {"line: port", kBlz, {}, "COMPort=", "3"},
+    {"line: case matters", kBlz, {}, "comport=", ""},
+    {"line: bare keyword takes the first", kBlz, {}, "BiaoZeroTime=", "first"},
+    {"line: blanks trimmed", kBlz, {}, "UserNam:", "张三"},
+    {"line: key must start the line", " COMPort=4\r\n", {}, "COMPort=", ""},
+    {"line: missing file", kNoFile, {}, "COMPort=", ""},
+    {"line: 10,000 characters", kLongLines, {}, "01=", QString(10000, QChar(0x9AA8))},
+    // A write keeps the file's own bytes, in its own encoding.
+    {"new file, GB18030", kNoFile, "骨料", "01", "骨料1", QByteArray::fromHex("5bb9c7c1cf5d0d0a30313db9c7c1cf310d0a")},
+    {"replaced, no matter the case", kForeign, "NAME", "02", "c", QByteArray(kForeign).replace("02 = b ", "02=c")},
+    {"new key after the section's last line", kForeign, "Name", "03", "c",
+     QByteArray(kForeign).replace("02 = b \r\n", "02 = b \r\n03=c\r\n")},
+    {"new section at the end", kForeign, "ZDTime", "01", "3", kForeign + "\r\n[ZDTime]\r\n01=3\r\n"},
+    {"new key in last section without line end", "[S]\r\na=1", "S", "b", "2", "[S]\r\na=1\r\nb=2\r\n"},
+    {"only the first of two sections", "[S]\r\nk=1\r\n[S]\r\nk=2\r\n", "S", "k", "9",
+     "[S]\r\nk=9\r\n[S]\r\nk=2\r\n"},
+    {"binary junk kept byte for byte", kJunk, "S", "k", "2", QByteArray(kJunk).replace("k=1", "k=2")},
+    {"UTF-8 file stays UTF-8", kUtf8Ini, "LANCOMMON", "COM001-1", "确定", kUtf8Ini + "COM001-1=确定\r\n"},
+    // The first naming: a file that holds only "砂" is valid UTF-8, and the next name is GB18030 all the same.
+    {"written: GB18030 valid as UTF-8", gb("[Name]\r\n01=砂\r\n"), "Name", "02", "石", gb("[Name]\r\n01=砂\r\n02=石\r\n")},
+    {"written: UTF-16", u16("[Name]\r\n01=砂"), "Name", "02", "石子", u16("[Name]\r\n01=砂\r\n02=石子\r\n")},
+    {"written: UTF-16, new section", u16("[ZDTime]\r\n01=3\r\n"), "Name", "02", "石子",
+     u16("[ZDTime]\r\n01=3\r\n\r\n[Name]\r\n02=石子\r\n")},
 };
-// CRLF after every line, in the encoding of the replaced file's mark; a file without one is GB18030,
-// however valid UTF-8 its bytes happen to be. Text is appended twice: the file is made, then added to.
-// before null: no file; appended null: the lines 骨料1, "", 砂 written instead.
+// A file (none: no file) appended to twice, or nothing appended: the lines 骨料1, "", 砂 written instead.
+// CRLF after every line, in the encoding of the file's mark, else GB18030 even where the bytes are valid UTF-8.
 const QByteArray kLines = QByteArray::fromHex("b9c7c1cf31" "0d0a" "0d0a" "c9b0" "0d0a");
 const struct { const char* name; QByteArray before; const char* appended; QByteArray after; } kWritten[] = {
     {"new file", {}, nullptr, kLines},
@@ -110,7 +154,6 @@ const struct { const char* name; QByteArray cname; bool unreadable; } kNamesFile
     {"unreadable", TextFile::encode(kNames), true},
 };
 }  // namespace
-Q_DECLARE_METATYPE(Case)
 
 class AppFilesTest : public QObject {
     Q_OBJECT
@@ -202,89 +245,18 @@ private slots:
         QCOMPARE(QDir(app("ro")).entryList(QDir::Files | QDir::Hidden), (QStringList{"BLZConfig.dat", "CName.ini"}));
     }
 
-    void read_data()
+    void profile_data() { TableRows(kProfile); }
+    void profile()
     {
-        QTest::addColumn<Case>("c");
-        const QByteArray cname = gb("[Name]\r\n01=骨料A\r\n02=砂\r\n[ZDTime]\r\n01=3\r\n");
-        QTest::newRow("second section") << Case{cname, "ZDTime", "01", "3"};
-        QTest::newRow("section without case") << Case{cname, "NAME", "02", "砂"};
-        QTest::newRow("key without case") << Case{gb("[S]\r\nMyKey=1\r\n"), "s", "MYKEY", "1"};
-        QTest::newRow("blanks around all") << Case{gb("  [ Name ]  \r\n   01  =   水秤   \r\n"), "Name", "01", "水秤"};
-        QTest::newRow("quotes removed") << Case{gb("[S]\r\nk=\" a b \"\r\n"), "S", "k", " a b "};
-        QTest::newRow("unmatched quote kept") << Case{gb("[S]\r\nk=\"abc'\r\n"), "S", "k", "\"abc'"};
-        QTest::newRow("first key wins") << Case{gb("[S]\r\nk=1\r\nk=2\r\n"), "S", "k", "1"};
-        QTest::newRow("key of another section") << Case{gb("[A]\r\nk=1\r\n[B]\r\nj=2\r\n"), "B", "k", "d"};
-        QTest::newRow("section prefix is no match") << Case{cname, "Nam", "01", "d"};
-        QTest::newRow("empty value is a value") << Case{gb("[S]\r\nk=\r\n"), "S", "k", ""};
-        QTest::newRow("comment is no key") << Case{gb("[S]\r\n;k=1\r\n"), "S", "k", "d"};
-        QTest::newRow("Chinese value cut at 455")
-            << Case{gb("[S]\r\nk=" + QString(456, QChar(0x9AA8))), "S", "k", QString(455, QChar(0x9AA8))};
-        QTest::newRow("long default cut") << Case{cname, "S", "k", QString(455, 'z'), {}, QString(500, 'z')};
-        QTest::newRow("missing file") << Case{kNoFile, "S", "k", "d"};
-        QTest::newRow("UTF-8 behind a BOM") << Case{rawBytes(fixture("utf8_bom.ini")), "lancommon", "COM003-1", "返回"};
-        // GB18030 that is valid UTF-8 as well ("砂" is C9 B0): no mark, no UTF-8.
-        QTest::newRow("GB18030 valid as UTF-8") << Case{"[Name]\r\n01=\xC9\xB0\r\n", "Name", "01", "砂"};
-        QTest::newRow("UTF-16 behind a BOM") << Case{u16("[Name]\r\n11=清水秤\r\n"), "name", "11", "清水秤"};
-        QTest::newRow("a mark before text that is not UTF-8")
-            << Case{"\xEF\xBB\xBF[Name]\r\n01=\xCA\xAF\r\n02=a\r\n", "Name", "02", "a"};
-        QTest::newRow("10,000-character section name")
-            << Case{rawBytes(fixture("CName_longlines.ini")), QString(10000, 'N'), "01", QString(455, 'y')};
-        QTest::newRow("key behind binary junk")
-            << Case{rawBytes(fixture("BLZConfig_binary.dat")) + gb("\r\n[Name]\r\n01=石子"), "Name", "01", "石子"};
-        const QByteArray blz = gb("COMPort=3\r\nBiaoZeroTime=first\r\nBiaoZeroTime=second\r\nUserNam:  张三  \r\n");
-        QTest::newRow("line: port") << Case{blz, {}, "COMPort=", "3"};
-        QTest::newRow("line: case matters") << Case{blz, {}, "comport=", ""};
-        QTest::newRow("line: bare keyword takes the first") << Case{blz, {}, "BiaoZeroTime=", "first"};
-        QTest::newRow("line: blanks trimmed") << Case{blz, {}, "UserNam:", "张三"};
-        QTest::newRow("line: key must start the line") << Case{" COMPort=4\r\n", {}, "COMPort=", ""};
-        QTest::newRow("line: missing file") << Case{kNoFile, {}, "COMPort=", ""};
-        QTest::newRow("line: 10,000 characters")
-            << Case{rawBytes(fixture("CName_longlines.ini")), {}, "01=", QString(10000, QChar(0x9AA8))};
-    }
-    void read()
-    {
-        QFETCH(Case, c);
-        const QString file = put(c.bytes);
+        const Case& c = TableRow(kProfile);
+        const QString file = app("p.ini");
+        if (c.bytes != kNoFile) QVERIFY(putBytes(file, c.bytes));
+        if (!c.after.isNull()) {
+            QVERIFY(WriteProfileValue(c.section, c.key, c.value, file));
+            QCOMPARE(rawBytes(file), c.after);
+        }
         QCOMPARE(c.section.isNull() ? ReadKeyLine(file, c.key) : ReadProfileValue(c.section, c.key, c.deflt, file),
                  c.value);
-    }
-
-    // The file's own bytes stay, in its own encoding; the value written reads back.
-    void writeKeepsTheEncoding_data()
-    {
-        QTest::addColumn<Case>("c");
-        const QByteArray foreign = "; comment\r\njunk line\n[Name]\r\n01=a\r\n; inner\r\n02 = b \r\n\r\n[Other]\nx=1\n";
-        QTest::newRow("new file, GB18030")
-            << Case{kNoFile, "骨料", "01", "骨料1", QByteArray::fromHex("5bb9c7c1cf5d0d0a30313db9c7c1cf310d0a")};
-        QTest::newRow("replace without case keeps the rest")
-            << Case{foreign, "NAME", "02", "c", QByteArray(foreign).replace("02 = b ", "02=c")};
-        QTest::newRow("new key after the section's last line")
-            << Case{foreign, "Name", "03", "c", QByteArray(foreign).replace("02 = b \r\n", "02 = b \r\n03=c\r\n")};
-        QTest::newRow("new section at the end")
-            << Case{foreign, "ZDTime", "01", "3", foreign + "\r\n[ZDTime]\r\n01=3\r\n"};
-        QTest::newRow("new key in last section without line end")
-            << Case{"[S]\r\na=1", "S", "b", "2", "[S]\r\na=1\r\nb=2\r\n"};
-        QTest::newRow("only the first of two sections")
-            << Case{"[S]\r\nk=1\r\n[S]\r\nk=2\r\n", "S", "k", "9", "[S]\r\nk=9\r\n[S]\r\nk=2\r\n"};
-        QTest::newRow("binary junk kept byte for byte")
-            << Case{QByteArray("\x00\xff\x81\r\n[S]\r\nk=1\r\n\xfe", 16), "S", "k", "2",
-                    QByteArray("\x00\xff\x81\r\n[S]\r\nk=2\r\n\xfe", 16)};
-        QTest::newRow("UTF-8 file stays UTF-8")
-            << Case{rawBytes(fixture("utf8_bom.ini")), "LANCOMMON", "COM001-1", "确定",
-                    rawBytes(fixture("utf8_bom.ini")) + QString::fromUtf8("COM001-1=确定\r\n").toUtf8()};
-        // The first naming: a file that holds only "砂" is valid UTF-8, and the next name is GB18030 all the same.
-        QTest::newRow("GB18030 valid as UTF-8")
-            << Case{gb("[Name]\r\n01=砂\r\n"), "Name", "02", "石", gb("[Name]\r\n01=砂\r\n02=石\r\n")};
-        QTest::newRow("UTF-16") << Case{u16("[Name]\r\n01=砂"), "Name", "02", "石子", u16("[Name]\r\n01=砂\r\n02=石子\r\n")};
-        QTest::newRow("UTF-16, new section") << Case{u16("[ZDTime]\r\n01=3\r\n"), "Name", "02", "石子",
-                                                     u16("[ZDTime]\r\n01=3\r\n\r\n[Name]\r\n02=石子\r\n")};
-    }
-    void writeKeepsTheEncoding()
-    {
-        QFETCH(Case, c);
-        QVERIFY(WriteProfileValue(c.section, c.key, c.value, put(c.bytes)));
-        QCOMPARE(rawBytes(app("p.ini")), c.after);
-        QCOMPARE(ReadProfileValue(c.section, c.key, "d", app("p.ini")), c.value);
     }
 
     void windowsPaths_data() { TableRows(kWindowsPaths); }
@@ -313,9 +285,8 @@ private slots:
         QCOMPARE(rawBytes(app() + "/drive_c/Program Files/.hidden"), QByteArray("MswSpool\n"));
     }
 
-    // On a share of a Windows station the folder takes the hidden bit among its DOS attributes (four bytes,
-    // low byte first), the others kept. A mount without them, or one that refuses, leaves ".hidden" alone to
-    // tell it, and nothing goes to the log.
+    // On a Windows share the folder takes the hidden bit among its DOS attributes (low byte first), the others
+    // kept. A mount without them, or one that refuses, leaves ".hidden" alone to tell it; nothing is logged.
     void hiddenOnAWindowsShare_data() { TableRows(kShareAttributes); }
     void hiddenOnAWindowsShare()
     {
@@ -506,11 +477,6 @@ private slots:
 
 private:
     AppFolder app;
-    QString put(const QByteArray& bytes)
-    {
-        if (bytes != kNoFile) putBytes(app("p.ini"), bytes);
-        return app("p.ini");
-    }
 };
 
 QTEST_GUILESS_MAIN(AppFilesTest)

@@ -1,13 +1,8 @@
-// The texts of the forms: the routines they are built with; the language number and the texts it picks, and a
-// language file that changes while the console runs; the shipped language file against the code: every key the
-// console looks up has an English entry in its form's section, none of them empty, and the file holds no number
-// beyond those in use.
-#include "common/lang.h"
-#include "common/module1.h"
-#include "common/profile.h"
-#include "common/text_file.h"
-#include "common/vbtext.h"
+// The texts of the forms: the routines they are built with, the language they are picked in, the shipped file.
 #include "common_test_util.h"
+
+#include "common/lang.h"
+#include "common/vbtext.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>
@@ -96,9 +91,8 @@ const struct { const char* name; QByteArray replacement; const char* caption; } 
     {"removed", {}, "默认"},
 };
 
-// Key prefix, its section of the language file, and the numbers in use there; the language file has no
-// others. Keys that the step table and the forms name beside their texts (the status lines, the port
-// errors, three help texts, the moisture title) come on top.
+// Key prefix, its section of the language file, and the numbers in use there. Keys that the step table and
+// the forms name beside their texts (status lines, port errors, help texts, the moisture title) come on top.
 const struct { const char *prefix, *section, *ranges; } kSections[] = {
     {"YIBIAOADVA", "LANYIBIAOADVAFORM", "1-3,5-8,14-18,20-23,45-46"},
     {"YIBIAO", "LANYIBIAOFORM", "1-21,25-29,31-35,37-45,50-51"},
@@ -177,7 +171,8 @@ private slots:
         QCOMPARE(LangText("LANPLCFORM", "PLC001", "默认"), QString::fromUtf8(c.replacement.isEmpty() ? "默认" : "语言:"));
     }
 
-    void everyKeyHasEnglish()
+    // Every key the console looks up has an English text in its form's section, and the file holds no other.
+    void languageFileMatchesTheCode()
     {
         QStringList prefixes, keys, wrong;
         for (const auto& s : kSections) prefixes << QLatin1String(s.prefix);
@@ -194,16 +189,12 @@ private slots:
             if (section.isEmpty() || english.trimmed().isEmpty()) wrong << key;
         }
         QVERIFY2(wrong.isEmpty(), qPrintable("no number in use, or no English: " + wrong.join(QLatin1Char(' '))));
-    }
-    void shippedFileHoldsNumbersInUseOnly()
-    {
         const QRegularExpression entry(QStringLiteral("^([A-Za-z]+\\d{3})-\\d="), QRegularExpression::MultilineOption);
         const QStringList entries = matches(entry, QStringLiteral(ORVA_LANG_FILE));
         QVERIFY(!entries.isEmpty());
-        QStringList strays;
         for (const QString& key : entries)
-            if (sectionInUse(key).isEmpty()) strays << key;
-        QVERIFY2(strays.isEmpty(), qPrintable(strays.join(QLatin1Char(' '))));
+            if (sectionInUse(key).isEmpty()) wrong << key;
+        QVERIFY2(wrong.isEmpty(), qPrintable("not in use: " + wrong.join(QLatin1Char(' '))));
     }
 
 private:

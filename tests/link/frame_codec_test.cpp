@@ -4,23 +4,13 @@
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 
-#include <QTimer>
-
 namespace {
-// A row's kind names the routine it goes through:
-//   word: payload@index -> value; byte: hex digits -> value; address: device -> byte address;
-//   request: frame body -> device, devices covered, reply length, as the trace reads it back;
-//   reply: a reply to a read of 8 -> its payload, and "free" when the link takes it;
-//   words, bytes: device|count; write: device|data; block: step|first box|second box, written to D300 ->
-//     the frame's body|the reply length it leaves, which is the port's receive threshold;
-//   slot: value@index -> its 4 digits@their place in the 152 zeros of the write image; empty: no word, and
-//     stored it leaves the image blank at its full width.
-// Block writes: the parameter editors' steps are proven by their tests; these are the other sources. An
-// empty source blanks what was assembled before it, and nothing moves.
-struct Case {
-    const char *name, *kind, *input, *result;
-};
-const Case kCodec[] = {
+// A row's kind names the routine; request: device, devices covered, reply length as the trace reads them back;
+// reply: to a read of 8, "free" when the link takes it; words, bytes, write, block (step|boxes to D300): the
+// frame's body|reply length, the port's receive threshold; slot: value@index -> digits@place in the write
+// image, none: stored, it blanks the image. Block sources other than the parameter editors' (proven by their
+// tests): an empty one blanks what came before it, and nothing moves.
+const struct { const char *name, *kind, *input, *result; } kCodec[] = {
     {"largest positive word", "word", "FF7F@1", "32767"},
     {"smallest negative word", "word", "0080@1", "-32768"},
     {"all bits", "word", "FFFF@1", "-1"},
@@ -88,7 +78,7 @@ private slots:
     void codec_data() { TableRows(kCodec); }
     void codec()
     {
-        const Case& c = TableRow(kCodec);
+        const auto& c = TableRow(kCodec);
         const QString kind = QLatin1String(c.kind), in = QLatin1String(c.input), at = in.section('@', 1);
         const QStringList arg = in.split('|');
         QString got, want = QLatin1String(c.result);
@@ -131,9 +121,9 @@ private slots:
         QCOMPARE(got, want);
     }
 
+    // A tick that is due while a frame is summed runs inside the summing.
     void checksumYieldsPerCharacter()
     {
-        // A tick that is due while a frame is summed runs inside the summing.
         bool ran = false;
         QTimer::singleShot(0, [&] { ran = true; });
         QCOMPARE(FrameChecksum(QStringLiteral("0101640") + QChar(3)), QStringLiteral("5F"));

@@ -1,9 +1,4 @@
-// The link at work, its requests re-sent by a clock ticked by hand. First with no form behind them, and its
-// trace as the engineer reads it: what each way of failing leaves in the ring, the file written before the
-// fault box, and how many such files stay. Then the requests whose steps chain, show a caption or are read
-// apart, against every way the line can fail them: the re-sends on the wire, the red caption while a write is
-// repeated, the green one when it is taken. And every step's good reply with its form absent: the requests
-// the dispatch chains on its own.
+// The link with its re-send clock ticked by hand: its trace, and every step against every way the line fails.
 #include "test_support.h"
 
 #include "common/form_access.h"
@@ -15,21 +10,23 @@
 #include "link/step_table.h"
 #include "shell/app_setup.h"
 
-#include <QDir>
 #include <QLabel>
 #include <QRegularExpression>
 
 namespace {
 void tick() { QMetaObject::invokeMethod(&Link().Timer2, "timeout"); }
 
-// Step 60 reads two bytes of S998; step 61 writes a word to S212. Neither has a form behind it.
-void request(bool write)
+// Step's request as its form sends it: a read of that many bytes, or a word written.
+QString send(short step, int bytes, const char* device = "S181")
 {
-    StepNo = write ? 61 : 60;
+    StepNo = step;
     SendFlag = true;
-    send_recieve(write ? BuildWriteFrame(QStringLiteral("S212"), QStringLiteral("0000"), 4)
-                       : BuildReadFrameBytes(QStringLiteral("S998"), 2));
+    const QString frame = bytes ? BuildReadFrameBytes(device, short(bytes)) : BuildWriteFrame(device, "0000", 4);
+    send_recieve(frame);
+    return frame;
 }
+// Step 60 reads two bytes of S998; step 61 writes a word to S212. Neither has a form behind it.
+void request(bool write) { send(write ? 61 : 60, write ? 0 : 2, write ? "S212" : "S998"); }
 
 // The ring as "sent/outcome" per exchange, with the reply's characters where the row asks for them.
 QStringList ringSummary(bool withReply)
@@ -47,13 +44,7 @@ QStringList ringSummary(bool withReply)
 
 using F = plcsim::Fault;
 // The fault of the first answer, the ticks of the re-send clock before the controller answers, the ring.
-const struct Outcome {
-    const char* name;
-    bool write;
-    F fault;
-    int ticks;
-    const char* ring;
-} kOutcomes[] = {
+const struct { const char* name; bool write; F fault; int ticks; const char* ring; } kOutcomes[] = {
     {"read answered", false, F::None, 0, "sent/reply taken <STX>0000<ETX>C3"},
     {"write acknowledged", true, F::None, 0, "sent/acknowledged <ACK>"},
     {"NAK to a write, re-sent at once", true, F::Nak, 0, "sent/NAK <NAK>|re-sent/acknowledged <ACK>"},
@@ -67,23 +58,15 @@ const struct Outcome {
      "sent/late <STX>0000<ETX>C3|re-sent/reply taken <STX>0000<ETX>C3|sent/reply taken <STX>0000<ETX>C3"},
 };
 
+const struct { F fault; const char* name; } kFaults[] = {
+    {F::NoReply, "no reply"}, {F::Nak, "NAK"}, {F::Garbage, "garbage"}, {F::Short, "short"}, {F::Long, "long"},
+    {F::Late, "late"}};
 
-enum Fault { NoReply, Nak, Garbage, Short, Long, Late };
-const char* const kFaultNames[] = {"no reply", "NAK", "garbage", "short", "long", "late"};
-
-struct Step {
-    int step;
-    int bytes;          // bytes read; 0 for a write
-    const char* chain;  // devices of the requests the dispatch sends itself once the reply is taken
-    const char* form;   // the caption of a write
-    const char* label;
-    const char* good;   // shown green when the write is taken
-    const char* bad;    // shown red when it has to be repeated
-    bool goodHides = false;  // the caption goes when the write is taken
-    bool badHides = false;   // the caption goes, its text written, when the write has to be repeated
-};
-
-// A step not here, or a device gone, goes as outcomes and faultLeavesTheTraceFile show, whatever the step.
+// Bytes read (0: a write); the requests the dispatch chains on its own once the reply is taken; a write's
+// caption, its green text when taken and red one when repeated, and whether it goes then instead. A step not
+// here fares as in outcomes.
+struct Step { int step, bytes; const char *chain, *form, *label, *good, *bad; bool goodHides = false;
+              bool badHides = false; };
 const Step kSteps[] = {
     {8, 30, "S500", "", "", "", ""},
     {9, 0, "", "Cansd", "LbLCssdS", "参数设定成功!", "正在尝试继续参数设定!"},
@@ -118,15 +101,15 @@ const Step kSteps[] = {
 
 // A spoilt reply that the link takes and finds bad is re-sent at once; one that never reaches the
 // receive threshold, or that the receive event leaves alone, waits for the clock.
-bool resentAtOnce(const Step& s, Fault f)
+bool resentAtOnce(const Step& s, F f)
 {
     const bool read = s.bytes > 0;
     switch (f) {
-    case Nak:
+    case F::Nak:
         return !read;  // one character: below the threshold of any read
-    case Garbage:
+    case F::Garbage:
         return !(read && s.step == 20);  // step 20 leaves a reply without STX and ETX to the clock
-    case Long:
+    case F::Long:
         return read || !(s.step == 52 || s.step == 54 || s.step == 160);  // command bits: longer than an ACK
     default:
         return false;  // no reply, a short one (none at all to a write), a late one
@@ -141,6 +124,7 @@ const struct { const char* name; int step, bytes; const char* reply; } kGuards[]
     {"step 22 without STX and ETX", 22, 2, "05000000"},
 };
 }  // namespace
+Q_DECLARE_METATYPE(Step)
 
 class LinkEngineTest : public QObject {
     Q_OBJECT
@@ -150,7 +134,7 @@ private slots:
     {
         h = new ConsoleHarness;
         h->connectLink();
-        // Only the test's own ticks count: no poll and no time-out of their own during a row.
+        // Only the test's own ticks count.
         Link().Timer1.setInterval(3600 * 1000);
         Link().Timer2.setInterval(3600 * 1000);
         h->sim.setLateMs(100);
@@ -180,21 +164,8 @@ private slots:
         QCOMPARE(periods, (QList<int>{400, 1000, 1000, 400}));
     }
 
-    void formMovedOnStopsResends()
-    {
-        h->sim.injectFault(F::Unplugged);
-        request(false);
-        StepNo = 444;
-        Link().RetryRequest();
-        Link().RetryRequest();
-        QCOMPARE(h->takeFrames().size(), 1);
-        QVERIFY(Link().Timer2.isActive());
-        QCOMPARE(int(Link().RetryCount), 0);
-    }
-
-    // A re-sent request was answered, but its first send may still be answered late: the next request
-    // waits for that reply, and a sender forcing its way in meanwhile replaces it. One frame goes out.
-    // Meanwhile the link is busy as for a request that is out, and a form that returns stops its clock.
+    // A re-sent request's first send may still be answered late: the next request waits for that reply, the
+    // link busy meanwhile, and a sender forcing its way in replaces it. A form that returns stops its clock.
     void nextRequestWaitsForAnOwedReply_data()
     {
         QTest::addColumn<bool>("formReturns");
@@ -231,8 +202,7 @@ private slots:
     void outcomes_data() { TableRows(kOutcomes); }
     void outcomes()
     {
-        const Outcome& c = TableRow(kOutcomes);
-        h->sim.setLateMs(100);
+        const auto& c = TableRow(kOutcomes);
         h->sim.injectFault(c.fault);
         request(c.write);
         QCoreApplication::processEvents();  // what the controller answers at once has come
@@ -249,6 +219,7 @@ private slots:
     }
 
     // A send while a request is out goes nowhere and leaves the clock alone, also once the form has stopped it.
+    // The form has moved on: the request that is out times out, is not re-sent, and the clock runs on.
     void droppedWhileBusy()
     {
         h->sim.injectFault(F::Unplugged);
@@ -260,12 +231,16 @@ private slots:
         QCOMPARE(h->takeFrames().size(), 1);
         QVERIFY(!Link().Timer2.isActive());
         QCOMPARE(ringSummary(false), (QStringList{"sent/waiting", "dropped"}));
-        tick();  // the time-out is the request's that is out, not the dropped one's
+        Link().Timer2.start();
+        tick();
+        tick();
         QCOMPARE(ringSummary(false), (QStringList{"sent/timed out", "dropped"}));
+        QCOMPARE(h->takeFrames().size(), 0);
+        QVERIFY(Link().Timer2.isActive());
+        QCOMPARE(int(Link().RetryCount), 0);
     }
 
-    // The controller stays silent: nine sends, nine time-outs, then the file in ProgramErr before the fault
-    // box, and the error log names it. The link stops with the box.
+    // Nine unanswered sends: the trace file goes to ProgramErr before the fault box, and the error log names it.
     void faultLeavesTheTraceFile()
     {
         MbAnswerer mb;
@@ -288,7 +263,6 @@ private slots:
         QVERIFY(TextFile::readLines(file, &lines));
         QVERIFY(lines.takeFirst().startsWith(QStringLiteral("Link trace of ORVAPLCCOM, port Com2, written ")));
         lines.removeFirst();
-        // Each line: milliseconds, direction, step, the characters and what became of them.
         QList<qint64> times;
         for (QString& l : lines) {
             times << l.section(' ', 0, 0, QString::SectionSkipEmpty).toLongLong();
@@ -303,8 +277,7 @@ private slots:
                  qPrintable(ErrorLogText()));
     }
 
-    // The newest files stay; only trace files count, and only the oldest of them go: of 19 none, of 20 the
-    // oldest, of 25 six.
+    // Nineteen trace files stay beside the new one, the oldest go; other files do not count.
     void keepsTheNewestFiles()
     {
         const QString folder = h->path(QStringLiteral("ProgramErr"));
@@ -329,8 +302,8 @@ private slots:
         QTest::addColumn<int>("row");
         QTest::addColumn<int>("fault");
         for (int r = 0; r < int(std::size(kSteps)); ++r)
-            for (int f = NoReply; f <= Late; ++f)
-                QTest::addRow("step %d, %s", kSteps[r].step, kFaultNames[f]) << r << f;
+            for (int f = 0; f < int(std::size(kFaults)); ++f)
+                QTest::addRow("step %d, %s", kSteps[r].step, kFaults[f].name) << r << f;
     }
 
     void everyStepEveryFault()
@@ -338,13 +311,12 @@ private slots:
         QFETCH(int, row);
         QFETCH(int, fault);
         const Step& s = kSteps[row];
-        const Fault f = Fault(fault);
+        const F f = kFaults[fault].fault;
         MbAnswerer mb;
         QLabel* caption = captionLabel(s);
         const bool atOnce = resentAtOnce(s, f);
         // A write repeated at once: the re-send is left unanswered, so that its red caption can be seen.
         const bool watchRed = caption && (*s.bad || s.badHides) && atOnce;
-        // A caption that is to go must be showing first.
         if (caption && (s.goodHides || s.badHides))
             caption->show();
 
@@ -355,17 +327,11 @@ private slots:
         int heard = 0;
         connect(&h->sim, &plcsim::Controller::requestReceived, this, [&] {
             if (++heard == 2 && watchRed)
-                h->sim.injectFault(plcsim::Fault::Unplugged);
+                h->sim.injectFault(F::Unplugged);
         });
-        static const plcsim::Fault kSim[] = {plcsim::Fault::NoReply, plcsim::Fault::Nak, plcsim::Fault::Garbage,
-                                             plcsim::Fault::Short, plcsim::Fault::Long, plcsim::Fault::Late};
-        h->sim.injectFault(kSim[f]);
+        h->sim.injectFault(f);
 
-        StepNo = short(s.step);
-        SendFlag = true;
-        const QString request = s.bytes ? BuildReadFrameBytes(QStringLiteral("S181"), short(s.bytes))
-                                        : BuildWriteFrame(QStringLiteral("S181"), QStringLiteral("0000"), 4);
-        send_recieve(request);
+        const QString request = send(short(s.step), s.bytes);
         QCoreApplication::processEvents();
         QCoreApplication::processEvents();
 
@@ -386,12 +352,12 @@ private slots:
         }
 
         const QStringList chain = QString::fromLatin1(s.chain).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        if (f == Late)  // the late reply, the re-send's and the chain's
+        if (f == F::Late)  // the late reply, the re-send's and the chain's
             QVERIFY(QTest::qWaitFor([&] { return replies == 2 + int(chain.size()); }));
         QVERIFY(QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }));
         QCoreApplication::processEvents();
 
-        // The request and its re-sends as they were, then the chained requests by the address they read.
+        // The chained requests by the address they read.
         QStringList expected(resends + 1, request), seen;
         for (const QString& d : chain) expected << DeviceToAddress(d);
         for (qsizetype i = 0; i < wire.size(); ++i)
@@ -413,9 +379,7 @@ private slots:
 
     void everyStepWithoutItsForm_data()
     {
-        QTest::addColumn<int>("step");
-        QTest::addColumn<int>("bytes");  // bytes read, 0 for a write
-        QTest::addColumn<QStringList>("chain");
+        QTest::addColumn<Step>("s");
         QList<Step> rows(std::begin(kSteps), std::end(kSteps));
         // The steps that only take their reply; 60, which stands ready but is never sent; and the default
         // row: 444 and the numbers nothing waits for.
@@ -424,31 +388,26 @@ private slots:
                                             {7, 2},   {300, 0}};
         for (const auto& [step, bytes] : more)
             rows.append({step, bytes, "", "", "", "", ""});
-        for (const Step& r : rows)
-            QTest::addRow("step %d", r.step)
-                << r.step << r.bytes << QString::fromLatin1(r.chain).split(' ', Qt::SkipEmptyParts);
+        for (const Step& r : rows) QTest::addRow("step %d", r.step) << r;
     }
 
     void everyStepWithoutItsForm()
     {
-        QFETCH(int, step);
-        QFETCH(int, bytes);
-        QFETCH(QStringList, chain);
+        QFETCH(Step, s);
         MbAnswerer mb;
-        // A good reply: ACK to a write, else that many data bytes of words of 5.
-        exchange(short(step), bytes,
-                 bytes ? "\x02" + QByteArray("0500").repeated(bytes / 2) + "\x03" "00" : QByteArray(1, 0x06), true);
-        // The chain runs against the controller to its end; then the link is idle.
+        exchange(short(s.step), s.bytes,
+                 s.bytes ? "\x02" + QByteArray("0500").repeated(s.bytes / 2) + "\x03" "00" : QByteArray(1, 0x06), true);
         QTRY_VERIFY(!Link().Timer2.isActive());
         QStringList sent, expected;
         for (const QString& f : h->takeFrames()) sent << f.mid(2, 4);
-        for (const QString& d : chain) expected << DeviceToAddress(d);
+        for (const QString& d : QString::fromLatin1(s.chain).split(' ', Qt::SkipEmptyParts))
+            expected << DeviceToAddress(d);
         QCOMPARE(sent, expected);
         QVERIFY(mb.texts.isEmpty());
         QCOMPARE(int(Link().RetryCount), 0);
-        QCOMPARE(SendFlag, FindStep(short(step)) != nullptr);  // else the reply was dropped, not taken
-        if (!FindStep(short(step)))
-            QCOMPARE(int(StepNo), step);
+        QCOMPARE(SendFlag, FindStep(short(s.step)) != nullptr);  // else the reply was dropped, not taken
+        if (!FindStep(short(s.step)))
+            QCOMPARE(int(StepNo), s.step);
     }
 
     void receiveGuards_data() { TableRows(kGuards); }
@@ -463,7 +422,6 @@ private slots:
     }
 
 private:
-    // The form of a caption, loaded and at rest, or nullptr when it is not there yet.
     QLabel* captionLabel(const Step& s)
     {
         if (!*s.form)
@@ -472,8 +430,7 @@ private:
         if (!f)
             return nullptr;
         // A form that reads as it is made is left to finish first.
-        if (!QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); }))
-            qWarning("%s did not come to rest", s.form);
+        (void)QTest::qWaitFor([] { return SendFlag && !Link().Timer2.isActive(); });
         Link().Timer1.stop();
         h->takeFrames();
         return f->findChild<QLabel*>(QLatin1String(s.label));
@@ -483,10 +440,8 @@ private:
     // answerChain the controller hears again first, so that a chain runs to its end.
     QStringList exchange(short step, int bytes, const QByteArray& reply, bool answerChain)
     {
-        h->sim.injectFault(plcsim::Fault::Unplugged);
-        StepNo = step;
-        SendFlag = true;
-        send_recieve(bytes ? BuildReadFrameBytes("S181", short(bytes)) : BuildWriteFrame("S181", "0000", 4));
+        h->sim.injectFault(F::Unplugged);
+        send(step, bytes);
         const QStringList sent = h->takeFrames();
         if (answerChain)
             h->sim.plugIn();

@@ -6,8 +6,6 @@
 #include "link/frame_codec.h"
 #include "link/link_engine.h"
 
-#include <QFile>
-
 #include <unistd.h>
 
 class LinkSoakTest : public QObject {

@@ -1,10 +1,8 @@
-// The simulated controller against frames the harness makes without the console's codec: if it answered
-// wrongly, every console test run against it would prove the wrong thing. Last, the standalone controller on
-// its pseudo-terminal, opened the way the console opens a serial port.
+// The simulated controller against frames made without the console's codec: if it answered wrongly, every
+// console test run against it would prove the wrong thing.
 #include "test_support.h"
 
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QProcess>
 #include <QSerialPort>
 #include <QSet>
@@ -22,19 +20,11 @@ const QByteArray kStatusClear = F("0000");
 const QByteArray kWriteD291 = F("1124602D204");  // 1234
 constexpr int kStartMs = 20000;  // a sanitizer build starts slowly
 
-QByteArray liveBlock()
-{
-    QByteArray block;
-    for (int i = 0; i < 64; ++i) block += char(i);
-    return block;
-}
+const QByteArray kLiveBlock = QByteArray::fromHex("000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f"
+                                                  "202122232425262728292a2b2c2d2e2f303132333435363738393a3b3c3d3e3f");
 // The bytes at an address before the request, and what they are after it; the controller running or stopped.
-const struct Exchange {
-    const char* name;
-    int address;
-    QByteArray before, request, reply, after;
-    bool running = true;
-} kExchanges[] = {
+const struct Exchange { const char* name; int address; QByteArray before, request, reply, after; bool running = true; }
+kExchanges[] = {
     // Running: M8000 and M8003 on; stopped: M8001 on. A run bit forced off is the controller's again at once.
     {"run bits, running", 0, {}, F("001E001"), F("09"), {}},
     {"run bits, stopped", 0, {}, F("001E001"), F("02"), {}, false},
@@ -45,7 +35,7 @@ const struct Exchange {
     {"identification, stopped", 0, {}, F("00E0006"), F("C80064000800"), {}, false},
     // A stopped controller takes the zero pulse of scale 0 into memory (S181) but does not calibrate.
     {"zero pulse, stopped", 0x16, {}, F("7B500"), ACK, "\x20", false},
-    {"read the live block", 0x1016, liveBlock(), F("0101640"), F(liveBlock().toHex().toUpper()), {}},
+    {"read the live block", 0x1016, kLiveBlock, F("0101640"), F(kLiveBlock.toHex().toUpper()), {}},
     {"write one word, low byte first", 0x1246, {}, kWriteD291, ACK, "\xD2\x04"},
     {"a pulse writes both whole bytes", 0x1A, "\xFF\xFF", F("1001A020800"), ACK, QByteArray("\x08\x00", 2)},
     {"wrong checksum", 0x1246, {}, "\x02" "1124602D204\x03" "00", NAK, QByteArray("\x00\x00", 2)},
@@ -67,14 +57,8 @@ const struct Exchange {
 
 // A fault spoils that many answers to the request: each starts exactly with the prefix and goes on with
 // printable junk; whether the request was carried out shows in D291 after a write.
-const struct Spoilt {
-    const char* name;
-    Fault fault;
-    int count;
-    QByteArray request, prefix;
-    int junk;
-    bool executed;
-} kSpoilt[] = {
+const struct Spoilt { const char* name; Fault fault; int count; QByteArray request, prefix; int junk; bool executed; }
+kSpoilt[] = {
     {"no reply, three times", Fault::NoReply, 3, kWriteD291, {}, 0, true},
     {"nak to a write, not done", Fault::Nak, 2, kWriteD291, NAK, 0, false},
     {"garbage for a read", Fault::Garbage, 1, kReadStatus, {}, 8, true},
@@ -86,14 +70,8 @@ const struct Spoilt {
 
 // The weight of scale 0 at load 2600, then at 2700, after the writes of a calibration.
 const QList<QByteArray> kZero{F("10016022000"), F("10016020000")};
-const struct Calibration {
-    const char* name;
-    Outcome outcome;
-    QList<QByteArray> writes;
-    QByteArray status;
-    short weight, laterWeight;
-    bool running = true;
-} kCalibrations[] = {
+const struct Calibration { const char* name; Outcome outcome; QList<QByteArray> writes; QByteArray status;
+                           short weight, laterWeight; bool running = true; } kCalibrations[] = {
     {"zero", Outcome::Success, kZero, F("8000"), 0, 100},
     {"span, test weight 1000", Outcome::Success, {F("1105602E803"), F("10016024000"), F("10016020000")}, F("8000"),
      1000, 1167},
@@ -174,7 +152,7 @@ private slots:
         QCOMPARE(got, whole);
     }
 
-    // The status answers are the calibration form's to check; here, what a calibration does to the weight.
+    // What a calibration does to the status bits and the weight.
     void calibration_data() { TableRows(kCalibrations); }
     void calibration()
     {
@@ -260,11 +238,6 @@ private slots:
             (void)QTest::qWaitFor([&] { return got.size() >= answerLength; }, kStartMs);
             return got;
         };
-        auto command = [&](const QByteArray& line) {
-            sim.write(line + '\n');
-            (void)QTest::qWaitFor([&] { return sim.canReadLine(); }, kStartMs);
-            return sim.readLine().trimmed();
-        };
 
         // Scale 11's key zeroing: its default 0.5 kg in the two decimals of the console's scale table.
         QCOMPARE(ask(F("013A802"), 8), commissioned ? F("3200") : F("0000"));
@@ -275,10 +248,13 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(ask(kReadStatus, 8), F("8000"), kStartMs);
 
         port.close();
-        if (commissioned)
+        if (commissioned) {
             sim.terminate();
-        else
-            QCOMPARE(command("quit"), QByteArray("ok"));
+        } else {
+            sim.write("quit\n");
+            QTRY_VERIFY_WITH_TIMEOUT(sim.canReadLine(), kStartMs);
+            QCOMPARE(sim.readLine().trimmed(), QByteArray("ok"));
+        }
         QTRY_COMPARE_WITH_TIMEOUT(sim.state(), QProcess::NotRunning, kStartMs);
         QCOMPARE(sim.exitStatus(), QProcess::NormalExit);
         QCOMPARE(sim.exitCode(), 0);
