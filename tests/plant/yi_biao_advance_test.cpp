@@ -12,11 +12,7 @@ QString decelWrite(int up, int down) { return Frame(QStringLiteral("1124C04") + 
 QPoint skipAt(int q) { return {qRound((q * 50 + 4260) / 15.0), qRound((3450 - q * 60) / 15.0)}; }
 
 // Tabs clicked in turn; -1: return.
-const struct Poll {
-    const char* name;
-    QList<int> clicks;
-    bool polling;
-} kPolls[] = {
+const struct { const char* name; QList<int> clicks; bool polling; } kPolls[] = {
     {"load reads once", {}, false},
     {"calibration tab polls", {1}, true},
     {"parameter tab stops it", {1, 0}, false},
@@ -25,14 +21,8 @@ const struct Poll {
 
 // Frames from the tick of Timer3 on; asks: the second within the first's second.
 const QStringList kStart{WriteFrame("001A", "2000"), WriteFrame("001A", "0000"), kPoll};
-const struct Command {
-    const char* name;
-    QString button;
-    bool yes;
-    QStringList frames;
-    bool tripRuns;
-    int asks;
-} kCommands[] = {
+const struct { const char* name; QString button; bool yes; QStringList frames; bool tripRuns; int asks; }
+    kCommands[] = {
     {"start", "lblBdStart", true, kStart, true, 1},
     {"start answered No", "lblBdStart", false, {}, false, 1},
     {"cancel", "lblBdCancel", true, {WriteFrame("001A", "4000"), WriteFrame("001A", "0000"), kPoll}, false, 1},
@@ -40,12 +30,7 @@ const struct Command {
 };
 
 // D291..D295; step of the figure, -1: it stays at rest.
-const struct Counts {
-    const char* name;
-    QList<int> words;
-    QStringList shown;
-    int step;
-} kCounts[] = {
+const struct { const char* name; QList<int> words; QStringList shown; int step; } kCounts[] = {
     {"half way", {250, 200, 500, 300, 400}, {"250", "200", "500", "300", "400"}, 20},
     {"at the top", {500, 200, 500, 300, 400}, {"500", "200", "500", "300", "400"}, 40},
     {"nothing calibrated", {250, 0, 0, 100, 2000}, {"250", "0", "0", "100", "2000"}, -1},
@@ -55,12 +40,7 @@ const struct Counts {
 const QString kAskSet = QStringLiteral("是否设定当前参数?");
 const QString kUp = QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:(100-2000)");
 const QString kDown = QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:(100-2000)");
-const struct Decel {
-    const char* name;
-    QString up, down;  // typed
-    QList<bool> answers;
-    QStringList boxes, frames;
-} kDecels[] = {
+const struct { const char* name; QString up, down; QList<bool> answers; QStringList boxes, frames; } kDecels[] = {
     {"100 and 2000", "100", "2000", {true}, {kAskSet}, {decelWrite(100, 2000)}},
     {"99 up", "99", "500", {true}, {kUp}, {}},
     {"2001 down", "500", "2001", {false}, {kDown}, {}},
@@ -70,13 +50,8 @@ const struct Decel {
 };
 
 // line empty: hidden. C000 has both bits: the done text, and each branch reads once more.
-const struct StatusRow {
-    const char* name;
-    bool start, shownBefore;
-    QString reply, line;
-    bool red, polling;
-    int reads;
-} kStatus[] = {
+const struct { const char* name; bool start, shownBefore; QString reply, line; bool red, polling; int reads; }
+    kStatus[] = {
     {"8000 after start", true, false, "8000", "提升斗标定完成!", false, false, 1},
     {"8000 after cancel", false, false, "8000", "提升斗取消标定完成!", false, false, 1},
     {"8000 shown before", true, true, "8000", "", false, false, 1},

@@ -27,14 +27,8 @@ const QList<int> kEdited = [] {
 
 // Spare vibrators go back with what they held, rounded like the others. Then the return, answered No: an
 // acknowledged write holds until a key is pressed in a box.
-const struct Write {
-    const char *name, *button;
-    QStringList edits;
-    int naks;
-    QString question;
-    QList<int> words;
-    bool key;
-} kWrites[] = {
+const struct { const char *name, *button; QStringList edits; int naks; QString question; QList<int> words; bool key; }
+    kWrites[] = {
     {"as read, rounded", "lblBdOk", {}, 0, kAskSet, kWrittenBack, false},
     {"defaults at once", "cmdDefault", {}, 0, "是否要初始化参数?",
      {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10},
@@ -44,13 +38,7 @@ const struct Write {
 };
 
 // focus -1: the question came. Then the return, answered No: asked whenever a value was changed.
-const struct Check {
-    const char* name;
-    QStringList edits;
-    QString message;
-    int tab, focus;
-    bool asked;
-} kChecks[] = {
+const struct { const char* name; QStringList edits; QString message; int tab, focus; bool asked; } kChecks[] = {
     {"0 in a pause field", {"0=0"}, kRange + "(1-60)S", 0, 0, true},
     {"0 passes in a vibration field, 61 does not", {"1=0", "3=61"}, kRange + "(0-60)S", 0, 3, true},
     {"60 passes in both; a powder field opens its tab", {"0=60", "1=60", "17=61"}, kRange + "(0-60)S", 1, 17, true},
@@ -81,7 +69,7 @@ private slots:
     void blockWritten_data() { TableRows(kWrites); }
     void blockWritten()
     {
-        const Write& c = TableRow(kWrites);
+        const auto& c = TableRow(kWrites);
         open();
         QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0122038"))});  // D272, 56 bytes
         QStringList shown;
@@ -117,7 +105,7 @@ private slots:
     void checkSkipsSpareFields_data() { TableRows(kChecks); }
     void checkSkipsSpareFields()
     {
-        const Check& c = TableRow(kChecks);
+        const auto& c = TableRow(kChecks);
         open();
         h->takeFrames();
         Edit(f, c.edits);
