@@ -2,8 +2,8 @@
 
 #include "plant/factory.h"
 
-#include <QFrame>
 #include <memory>
+
 
 namespace {
 const QString kCode = QStringLiteral("61730428");
@@ -83,10 +83,8 @@ private slots:
             return;
         }
         const bool action = c.outcome == QLatin1String("action");
-        QCOMPARE(f->picCom->isHidden(), action);
-        QCOMPARE(f->PicForm->isHidden(), !action);
-        QCOMPARE(Ctl(f, QStringLiteral("LblBd"))->isHidden(), !action);
-        // A wrong code stays in the box; the right one is cleared.
+        const QList<bool> hidden{f->picCom->isHidden(), f->PicForm->isHidden(), Ctl(f, "LblBd")->isHidden()};
+        QCOMPARE(hidden, (QList<bool>{action, !action, !action}));
         QCOMPARE(f->txtPassword->text(), action ? QString() : c.codes.last());
     }
 

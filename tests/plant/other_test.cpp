@@ -12,6 +12,8 @@ const QString kReadY62 = Frame(QStringLiteral("000A602"));
 const QList<int> kTimes{55, 50, 80, 180, 50, 50};
 const QString kAskSet = QStringLiteral("是否设定当前时间配置?");
 const QString kRange = QStringLiteral("请检查!时间设定的输入范围为：");
+const QString kLinkFault = QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
+                                          "3、通讯线是否接在端口:Com2,且接触良好。");
 
 QString timesWrite(const QList<int>& words) { return Frame(QStringLiteral("111AE0C") + WordsHex(words)); }
 
@@ -62,8 +64,8 @@ const struct { const char* name; QList<int> registers; QStringList edits; QStrin
 };
 
 // A jog button writes both bytes from S208 (data: "" for the refresh) as it goes down and as it is let go;
-// a refused write leaves the fan's retry tip in sight, the valve's is hidden at once. Y64 to Y67 are the
-// first digit of Y62. Shown: the two tips, the two pictures.
+// a refused write leaves the fan's retry tip in sight, the valve's is hidden at once. The refresh reads Y62
+// as it goes down and stays bright until let go. Y64 to Y67 are its first digit.
 const struct { const char *name, *button; bool press; int naks, y60; const char *data, *retryTip, *shown; } kJogs[] = {
     {"fan pressed", "cmdFengJi", true, 0, 0, "0200", "",
      "风机已开启!/#008000/shown|除尘阀已关闭!/hidden|ImageGreenUp|ImageRed"},
@@ -107,12 +109,11 @@ const struct { const char* name; int help, tab; QString text; } kHelps[] = {
      "新任务单骨料秤放料时平皮带继续连续运行? \n"
      "选择送料时启动工作，在骨料秤放料时平皮带才会运行，当骨料秤放完料后平皮带停止运行。    [关闭] "},
     {"hopper, one text", 5, 4,
-     "拌缸卸料后成品储存斗延时卸料时间： 成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]"},
+     "拌缸卸料后成品储存斗延时卸料时间： "
+     "成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]"},
 };
 }  // namespace
 
-// The system function form on the wire against the simulator: the read chain, option clicks on S612 and
-// S500, the six times with their checks, the jog of fan and dust valve, and the question on return.
 class OtherTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
@@ -122,11 +123,7 @@ private slots:
         setUp();
         SavedTime.fill(0);
     }
-    void cleanup()
-    {
-        tearDown();
-        f = nullptr;
-    }
+    void cleanup() { tearDown(); }
 
     // The chain on opening, the boxes as decoded, then a click after the controller's middle digits have
     // changed: they go back as they were read.
@@ -144,7 +141,8 @@ private slots:
         QCOMPARE(times.join('|'), QStringLiteral("5.5|5|8|18|5|5"));
         QString state;
         for (const char* b : {"Check1(0)", "Check1(1)", "Check1(2)", "Check1(3)", "Check1(4)", "Check1(5)", "Check1(6)",
-                              "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)", "CheckPPd(1)"})
+                              "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)",
+                              "CheckPPd(1)"})
             state += check(b)->isChecked() ? '1' : '0';
         QCOMPARE(state, QLatin1String(c.ticks));
         QCOMPARE(Box(f, 0)->isEnabled(), c.ticks[3] == '1');  // bell times only with the automatic bell
@@ -180,8 +178,7 @@ private slots:
         Link().Timer2.stop();  // no re-send while the operator clicks
         QTRY_VERIFY(f->CheckArmed);
         check("CheckPPd(0)")->click();
-        QCOMPARE(mb->texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
-                                                       "3、通讯线是否接在端口:Com2,且接触良好。")});
+        QCOMPARE(mb->texts, QStringList{kLinkFault});
         QCOMPARE(mb->errorIcons, QList<bool>{true});
         // The pair stands as before the click; the same two digits again open nothing, a new value is told.
         check("CheckPPd(0)")->setChecked(false);
@@ -240,10 +237,9 @@ private slots:
         ClickOn(Ctl(f, "LblBd(1)"));
         ClickOn(Ctl(f, "cmdDefault"));
         QTRY_VERIFY(TimesSaved);
-        mb->texts.clear();
         mb->queue(false);
         ClickOn(Ctl(f, "ImgBdOk"));
-        QCOMPARE(mb->texts, QStringList{kAskSet});
+        QCOMPARE(mb->texts, QStringList(2, kRange + c.range) << QStringLiteral("是否要初始化参数?") << kAskSet);
         QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
     }
 
@@ -280,7 +276,6 @@ private slots:
             QCOMPARE(tips.value(0), QString::fromUtf8(c.retryTip));
         if (jog)
             return;
-        // The refresh stays bright while held and reads nothing more as it is let go.
         const auto bright = [this] {
             return Ctl<QLabel>(f, "ImageFengJiState")->pixmap().toImage() ==
                    ButtonPicture(ButtonSize::Large, true).toImage();
@@ -328,7 +323,6 @@ private slots:
     }
 
 private:
-    // Opens the form as the main menu does and waits for the read chain to end.
     void open(const QList<int>& times)
     {
         for (int i = 0; i < times.size(); ++i)

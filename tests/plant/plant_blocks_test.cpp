@@ -1,7 +1,6 @@
 // The plant blocks' rules as the settings command meets them, and the commissioned simulator they judge.
 #include "plant_rig.h"
 
-#include "common/scale_table.h"
 #include "plant/plant_blocks.h"
 
 namespace {
