@@ -2,8 +2,8 @@
 
 #include "plant/factory.h"
 
-#include <QFrame>
 #include <memory>
+
 
 namespace {
 const QString kCode = QStringLiteral("61730428");
@@ -14,12 +14,7 @@ const QString kDone = QStringLiteral("出厂设置成功!/#008000/shown");
 const QStringList kFour(4, QStringLiteral("12345678"));
 
 // Codes typed in turn ("return": back to Other and in again); outcome "gate", "action" or "ended".
-const struct Gate {
-    const char* name;
-    QStringList codes;
-    int wrongBoxes;
-    QString outcome;
-} kGate[] = {
+const struct { const char* name; QStringList codes; int wrongBoxes; QString outcome; } kGate[] = {
     {"the code", {kCode}, 0, "action"},
     {"empty is wrong", {""}, 1, "gate"},
     {"seven of eight digits", {"6173042"}, 1, "gate"},
@@ -33,13 +28,7 @@ const struct Gate {
 // The status line after each reply. "clear lost": the first clear takes effect but its answer is lost, so
 // Timer2 sends it again; the caption follows the set and stands already. Never acknowledged: the progress
 // line stays, red, after the link fault.
-const struct Pulse {
-    const char* name;
-    bool yes;
-    int naks;
-    bool clearLost;
-    QStringList frames, statuses;
-} kPulse[] = {
+const struct { const char* name; bool yes; int naks; bool clearLost; QStringList frames, statuses; } kPulse[] = {
     {"set and cleared", true, 0, false, {kSet, kClear}, {kBusy, kDone, kDone}},
     {"answered No", false, 0, false, {}, {"/#000000/hidden"}},
     {"set refused once", true, 1, false, {kSet, kSet, kClear}, {kBusy, kBusy, kDone, kDone}},
@@ -63,7 +52,7 @@ private slots:
     void gate_data() { TableRows(kGate); }
     void gate()
     {
-        const Gate& c = TableRow(kGate);
+        const auto& c = TableRow(kGate);
         Forms::show(QStringLiteral("PLC"));
         auto* f = show<Factory>("Factory");
         QTest::keyClicks(f->txtPassword, QStringLiteral("617"));
@@ -94,17 +83,15 @@ private slots:
             return;
         }
         const bool action = c.outcome == QLatin1String("action");
-        QCOMPARE(f->picCom->isHidden(), action);
-        QCOMPARE(f->PicForm->isHidden(), !action);
-        QCOMPARE(Ctl(f, QStringLiteral("LblBd"))->isHidden(), !action);
-        // A wrong code stays in the box; the right one is cleared.
+        const QList<bool> hidden{f->picCom->isHidden(), f->PicForm->isHidden(), Ctl(f, "LblBd")->isHidden()};
+        QCOMPARE(hidden, (QList<bool>{action, !action, !action}));
         QCOMPARE(f->txtPassword->text(), action ? QString() : c.codes.last());
     }
 
     void pulse_data() { TableRows(kPulse); }
     void pulse()
     {
-        const Pulse& c = TableRow(kPulse);
+        const auto& c = TableRow(kPulse);
         h->sim.setWord(294, 800);
         h->sim.setSBit(215, true);  // a neighbour in the same two bytes
         auto* f = show<Factory>("Factory");

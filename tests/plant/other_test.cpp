@@ -12,6 +12,8 @@ const QString kReadY62 = Frame(QStringLiteral("000A602"));
 const QList<int> kTimes{55, 50, 80, 180, 50, 50};
 const QString kAskSet = QStringLiteral("是否设定当前时间配置?");
 const QString kRange = QStringLiteral("请检查!时间设定的输入范围为：");
+const QString kLinkFault = QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
+                                          "3、通讯线是否接在端口:Com2,且接触良好。");
 
 QString timesWrite(const QList<int>& words) { return Frame(QStringLiteral("111AE0C") + WordsHex(words)); }
 
@@ -23,12 +25,7 @@ void seedPair(plcsim::Controller& sim, int address, const QString& digits)
 }
 
 // Ticks: Check1(0..9, 14, 15), CheckPPd(0, 1); the click on a box of the tab, and the frame it sends.
-const struct Option {
-    const char *name, *s612, *s500, *ticks;
-    int tab;
-    const char* click;
-    QString frame;
-} kOptions[] = {
+const struct { const char *name, *s612, *s500, *ticks; int tab; const char* click; QString frame; } kOptions[] = {
     {"8000, mixing from transition hopper", "8000", "0000", "01010110010101", 2, "Check1(7)",
      WriteFrame("004C", "0000")},
     {"F00F, automatic bell", "F00F", "0001", "10101010101010", 0, "Check1(3)", WriteFrame("004C", "D00F")},
@@ -45,15 +42,8 @@ const QString kDone = QStringLiteral("时间设定成功!/#008000/shown");
 const QString kRetry = QStringLiteral("正在尝试继续时间设定!/#ff0000/shown");
 // The twins go out in tenths, a value read as 55 back as 55. Then the return, answered No: a changed value
 // is asked about unless acknowledged, and again after a key in a box.
-const struct TimesSet {
-    const char* name;
-    QString button;
-    QStringList edits;
-    int naks;
-    QList<int> words;
-    QStringList statuses;
-    bool saved, key, asked;
-} kTimesSet[] = {
+const struct { const char* name; QString button; QStringList edits; int naks; QList<int> words;
+    QStringList statuses; bool saved, key, asked; } kTimesSet[] = {
     {"unchanged", "lblBdOk", {}, 0, kTimes, {kBusy, kDone}, true, false, false},
     {"edited", "ImgBdOk", {"0=60", "3=5"}, 0, {600, 50, 80, 50, 50, 50}, {kBusy, kDone}, true, false, false},
     {"defaults at once, a key after", "lblDefault", {"0=0"}, 0, {50, 50, 80, 180, 50, 50}, {kBusy, kDone}, true, true,
@@ -64,13 +54,8 @@ const struct TimesSet {
 };
 
 // focus -1: the field is hidden.
-const struct TimeFault {
-    const char* name;
-    QList<int> registers;
-    QStringList edits;
-    QString range;
-    int tab, focus;
-} kTimeFaults[] = {
+const struct { const char* name; QList<int> registers; QStringList edits; QString range; int tab, focus; }
+    kTimeFaults[] = {
     {"61 in field 0", kTimes, {"0=61", "1=60"}, "(0-60)S", 0, 0},
     {"2 in field 1", kTimes, {"1=2"}, "(3-60)S", 0, 1},
     {"field 3 on tab 1, field 5 after it", kTimes, {"3=4", "5=31"}, "(5-60)S", 1, 3},
@@ -78,43 +63,35 @@ const struct TimeFault {
     {"hidden monitor time below range", {55, 50, 80, 180, 40, 50}, {}, "(5-60)S", 2, -1},
 };
 
-// A refused write: the fan's retry tip stays in sight, the valve's is hidden as soon as it is written.
-// Shown: fan tip | valve tip ("-": hidden) | pictures.
-const struct Jog {
-    const char* name;
-    QString button;
-    bool press, refused;
-    QString retryTip, shown;
-} kJogs[] = {
-    {"fan pressed", "cmdFengJi", true, false, "", "风机已开启!|-|ImageGreenUp|ImageRed"},
-    {"fan released", "cmdFengJi", false, false, "", "风机已关闭!|-|ImageRed|ImageRed"},
-    {"valve pressed", "cmdChuChen", true, false, "", "风机已关闭!|-|ImageRed|ImageGreenUp"},
-    {"fan press refused", "cmdFengJi", true, true, "尝试开启风机!/#ff0000/shown",
-     "风机已开启!|-|ImageGreenUp|ImageRed"},
-    {"fan release refused", "cmdFengJi", false, true, "尝试关闭风机!/#ff0000/shown", "风机已关闭!|-|ImageRed|ImageRed"},
-    {"valve press refused", "cmdChuChen", true, true, "尝试开启除尘阀!/#ff0000/hidden",
-     "风机已关闭!|-|ImageRed|ImageGreenUp"},
-    {"valve release refused", "cmdChuChen", false, true, "尝试关闭除尘阀!/#ff0000/hidden",
-     "风机已关闭!|-|ImageRed|ImageRed"},
+// A jog button writes both bytes from S208 (data: "" for the refresh) as it goes down and as it is let go;
+// a refused write leaves the fan's retry tip in sight, the valve's is hidden at once. The refresh reads Y62
+// as it goes down and stays bright until let go. Y64 to Y67 are its first digit.
+const struct { const char *name, *button; bool press; int naks, y60; const char *data, *retryTip, *shown; } kJogs[] = {
+    {"fan pressed", "cmdFengJi", true, 0, 0, "0200", "",
+     "风机已开启!/#008000/shown|除尘阀已关闭!/hidden|ImageGreenUp|ImageRed"},
+    {"fan released", "cmdFengJi", false, 0, 0, "0000", "",
+     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
+    {"valve pressed", "cmdChuChen", true, 0, 0, "0400", "",
+     "风机已关闭!/#ff0000/shown|除尘阀已开启!/hidden|ImageRed|ImageGreenUp"},
+    {"fan press refused", "cmdFengJi", true, 1, 0, "0200", "尝试开启风机!/#ff0000/shown",
+     "风机已开启!/#008000/shown|除尘阀已关闭!/hidden|ImageGreenUp|ImageRed"},
+    {"fan release refused", "cmdFengJi", false, 1, 0, "0000", "尝试关闭风机!/#ff0000/shown",
+     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
+    {"valve press refused", "cmdChuChen", true, 1, 0, "0400", "尝试开启除尘阀!/#ff0000/hidden",
+     "风机已关闭!/#ff0000/shown|除尘阀已开启!/hidden|ImageRed|ImageGreenUp"},
+    {"valve release refused", "cmdChuChen", false, 1, 0, "0000", "尝试关闭除尘阀!/#ff0000/hidden",
+     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
+    {"C000 refreshed: both on", "ImageFengJiState", true, 0, 0xC0, "", "",
+     "风机已开启!/#008000/shown|除尘阀已开启!/hidden|ImageGreenUp|ImageGreenUp"},
+    {"4000 refreshed: fan on, valve closed", "lblFengJiState", true, 0, 0x40, "", "",
+     "风机已开启!/#008000/shown|除尘阀已关闭!/hidden|ImageGreenUp|ImageRed"},
+    {"0000 refreshed: the same digits again", "ImageFengJiState", true, 0, 0x00, "", "",
+     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
+    {"3F00 refreshed: other outputs only", "lblFengJiState", true, 0, 0x3F, "", "",
+     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
 };
 
-// Y64 to Y67 in the first digit of Y62. Shown: fan tip | valve tip ("-": hidden) | pictures | valve text.
-const struct Outputs {
-    const char* name;
-    int y60;
-    QString shown;
-} kOutputs[] = {
-    {"C000: both on", 0xC0, "风机已开启!|-|ImageGreenUp|ImageGreenUp|除尘阀已开启!"},
-    {"4000: fan on, valve closed", 0x40, "风机已开启!|-|ImageGreenUp|ImageRed|除尘阀已关闭!"},
-    {"0000: both off", 0x00, "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!"},
-    {"3F00: other outputs only", 0x3F, "风机已关闭!|-|ImageRed|ImageRed|除尘阀已关闭!"},
-};
-
-const struct Help {
-    const char* name;
-    int help, tab;
-    QString text;
-} kHelps[] = {
+const struct { const char* name; int help, tab; QString text; } kHelps[] = {
     {"bell times", 0, 0,
      "延时响铃时间：每车最后一盘搅拌完成,拌缸卸料门关闭,再延时设定的时间后才响铃。\n"
      "持续响铃时间：响铃持续的时间。[关闭]"},
@@ -132,12 +109,11 @@ const struct Help {
      "新任务单骨料秤放料时平皮带继续连续运行? \n"
      "选择送料时启动工作，在骨料秤放料时平皮带才会运行，当骨料秤放完料后平皮带停止运行。    [关闭] "},
     {"hopper, one text", 5, 4,
-     "拌缸卸料后成品储存斗延时卸料时间： 成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]"},
+     "拌缸卸料后成品储存斗延时卸料时间： "
+     "成品储存斗选择联动，拌缸开始卸料后，经此设定时间后成品储存斗自动进行卸料?[关闭]"},
 };
 }  // namespace
 
-// The system function form on the wire against the simulator: the read chain, option clicks on S612 and
-// S500, the six times with their checks, the jog of fan and dust valve, and the question on return.
 class OtherTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
@@ -147,18 +123,14 @@ private slots:
         setUp();
         SavedTime.fill(0);
     }
-    void cleanup()
-    {
-        tearDown();
-        f = nullptr;
-    }
+    void cleanup() { tearDown(); }
 
     // The chain on opening, the boxes as decoded, then a click after the controller's middle digits have
     // changed: they go back as they were read.
     void openThenClickAnOption_data() { TableRows(kOptions); }
     void openThenClickAnOption()
     {
-        const Option& c = TableRow(kOptions);
+        const auto& c = TableRow(kOptions);
         seedPair(h->sim, 0x4C, c.s612);
         seedPair(h->sim, 0x3E, c.s500);
         open(kTimes);
@@ -169,7 +141,8 @@ private slots:
         QCOMPARE(times.join('|'), QStringLiteral("5.5|5|8|18|5|5"));
         QString state;
         for (const char* b : {"Check1(0)", "Check1(1)", "Check1(2)", "Check1(3)", "Check1(4)", "Check1(5)", "Check1(6)",
-                              "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)", "CheckPPd(1)"})
+                              "Check1(7)", "Check1(8)", "Check1(9)", "Check1(14)", "Check1(15)", "CheckPPd(0)",
+                              "CheckPPd(1)"})
             state += check(b)->isChecked() ? '1' : '0';
         QCOMPARE(state, QLatin1String(c.ticks));
         QCOMPARE(Box(f, 0)->isEnabled(), c.ticks[3] == '1');  // bell times only with the automatic bell
@@ -205,8 +178,7 @@ private slots:
         Link().Timer2.stop();  // no re-send while the operator clicks
         QTRY_VERIFY(f->CheckArmed);
         check("CheckPPd(0)")->click();
-        QCOMPARE(mb->texts, QStringList{QStringLiteral("通讯发生错误请检查：\n1、下位机是否已断电；\n2、下位机是否正常运行；\n"
-                                                       "3、通讯线是否接在端口:Com2,且接触良好。")});
+        QCOMPARE(mb->texts, QStringList{kLinkFault});
         QCOMPARE(mb->errorIcons, QList<bool>{true});
         // The pair stands as before the click; the same two digits again open nothing, a new value is told.
         check("CheckPPd(0)")->setChecked(false);
@@ -221,7 +193,7 @@ private slots:
     void timesWritten_data() { TableRows(kTimesSet); }
     void timesWritten()
     {
-        const TimesSet& c = TableRow(kTimesSet);
+        const auto& c = TableRow(kTimesSet);
         open(kTimes);
         h->takeFrames();
         Edit(f, c.edits);
@@ -241,7 +213,7 @@ private slots:
     void timeCheckStopsAtFirstFault_data() { TableRows(kTimeFaults); }
     void timeCheckStopsAtFirstFault()
     {
-        const TimeFault& c = TableRow(kTimeFaults);
+        const auto& c = TableRow(kTimeFaults);
         open(c.registers);
         h->takeFrames();
         Edit(f, c.edits);
@@ -265,80 +237,61 @@ private slots:
         ClickOn(Ctl(f, "LblBd(1)"));
         ClickOn(Ctl(f, "cmdDefault"));
         QTRY_VERIFY(TimesSaved);
-        mb->texts.clear();
         mb->queue(false);
         ClickOn(Ctl(f, "ImgBdOk"));
-        QCOMPARE(mb->texts, QStringList{kAskSet});
+        QCOMPARE(mb->texts, QStringList(2, kRange + c.range) << QStringLiteral("是否要初始化参数?") << kAskSet);
         QCOMPARE(h->takeFrames(), QStringList{timesWrite({50, 50, 80, 180, 50, 50})});
     }
 
-    // Press and release write both bytes from S208; the outputs are read after the acknowledgement.
-    void jog_data() { TableRows(kJogs); }
-    void jog()
+    void jogAndRefresh_data() { TableRows(kJogs); }
+    void jogAndRefresh()
     {
-        const Jog& c = TableRow(kJogs);
+        const auto& c = TableRow(kJogs);
         open(kTimes);
         ClickOn(Ctl(f, "LblBd(3)"));
         QTRY_VERIFY(SendFlag && f->TxtSReadFengJi->text() == QLatin1String("XXX"));
         QCOMPARE(h->takeFrames().last(), kReadY62);
-        const bool fan = c.button == QLatin1String("cmdFengJi");
-        QLabel* tip = fan ? f->lblFengJiTip : f->lblChuChenTip;
-        QStringList states;  // the tip after each reply
-        connect(&h->sim, &plcsim::Controller::reply, this, [&] {
-            states << Status(tip) + (tip->isVisible() ? "/shown" : "/hidden");
-        });
-        if (c.refused)
-            h->sim.injectFault(Fault::Nak, 1);
+        h->sim.setByteAt(0xA6, quint8(c.y60));
+        f->lblFengJiTip->setText(QString());  // told again even when the digits are those of the tab's read
+        QLabel* tip = c.button == QLatin1String("cmdChuChen") ? f->lblChuChenTip : f->lblFengJiTip;
+        QStringList tips;  // the tip after each reply
+        connect(&h->sim, &plcsim::Controller::reply, this, [&] { tips << Status(tip) + shownOrHidden(tip); });
+        if (c.naks)
+            h->sim.injectFault(Fault::Nak, c.naks);
         QWidget* b = Ctl(f, c.button);
         if (c.press)
             QTest::mousePress(b, Qt::LeftButton, {}, b->rect().center());
         else
             QTest::mouseRelease(b, Qt::LeftButton, {}, b->rect().center());
-        QCOMPARE(b->property("picture").toString(), c.press ? QStringLiteral("ImageGreen") : QStringLiteral("ImageRed"));
-        QTRY_COMPARE(h->sim.requests().size(), c.refused ? 3 : 2);
-        QTRY_VERIFY(SendFlag);
-        const QString write = WriteFrame("001A", c.press ? (fan ? "0200" : "0400") : "0000");
-        QCOMPARE(h->takeFrames(), QStringList(c.refused ? 2 : 1, write) << kReadY62);
-        if (c.refused)
-            QCOMPARE(states.first(), c.retryTip);
-        QCOMPARE(tips() + '|' + pictures(), c.shown);
-    }
-
-    // The read goes as the refresh button goes down, which stays bright until it is let go; the same
-    // digits twice are decoded twice.
-    void outputsShown_data() { TableRows(kOutputs); }
-    void outputsShown()
-    {
-        const Outputs& c = TableRow(kOutputs);
-        open(kTimes);
-        ClickOn(Ctl(f, "LblBd(3)"));
-        h->sim.setByteAt(0xA6, quint8(c.y60));
-        auto bright = [this] {
+        const bool jog = *c.data;
+        if (jog)
+            QCOMPARE(b->property("picture").toString(), QLatin1String(c.press ? "ImageGreen" : "ImageRed"));
+        QTRY_COMPARE(Status(f->lblFengJiTip) + shownOrHidden(f->lblFengJiTip) + '|' + f->lblChuChenTip->text() +
+                         shownOrHidden(f->lblChuChenTip) + '|' + f->cmdFengJi->property("picture").toString() + '|' +
+                         f->cmdChuChen->property("picture").toString(),
+                     QString::fromUtf8(c.shown));
+        WaitIdle();
+        QCOMPARE(h->takeFrames(), QStringList(jog ? c.naks + 1 : 0, WriteFrame("001A", c.data)) << kReadY62);
+        if (c.naks)
+            QCOMPARE(tips.value(0), QString::fromUtf8(c.retryTip));
+        if (jog)
+            return;
+        const auto bright = [this] {
             return Ctl<QLabel>(f, "ImageFengJiState")->pixmap().toImage() ==
                    ButtonPicture(ButtonSize::Large, true).toImage();
         };
-        for (const char* part : {"ImageFengJiState", "lblFengJiState"}) {
-            QTRY_VERIFY(SendFlag);
-            h->takeFrames();
-            f->lblFengJiTip->setText(QString());
-            QWidget* w = Ctl(f, part);
-            QTest::mousePress(w, Qt::LeftButton, {}, w->rect().center());
-            QTRY_COMPARE(tips() + '|' + pictures() + '|' + f->lblChuChenTip->text(), c.shown);
-            QCOMPARE(h->takeFrames(), QStringList{kReadY62});
-            QVERIFY(bright());
-            QTest::mouseRelease(w, Qt::LeftButton, {}, w->rect().center());
-            QVERIFY(!bright());
-            QTest::qWait(20);
-            QVERIFY(h->takeFrames().isEmpty());
-        }
-        QCOMPARE(TextColor(f->lblFengJiTip), c.y60 & 0x40 ? QColor(0, 0x80, 0) : QColor(0xFF, 0, 0));
+        QVERIFY(bright());
+        QTest::mouseRelease(b, Qt::LeftButton, {}, b->rect().center());
+        QVERIFY(!bright());
+        QTest::qWait(20);
+        QVERIFY(h->takeFrames().isEmpty());
     }
 
     // Each help mark shows its own text alone, the two halves a line each; a click on the text closes it.
     void helpPopsUp_data() { TableRows(kHelps); }
     void helpPopsUp()
     {
-        const Help& c = TableRow(kHelps);
+        const auto& c = TableRow(kHelps);
         open(kTimes);
         f->SelectTab(c.tab);
         for (QLabel* tip : f->txtTip)  // one left open elsewhere closes when this one opens
@@ -370,7 +323,6 @@ private slots:
     }
 
 private:
-    // Opens the form as the main menu does and waits for the read chain to end.
     void open(const QList<int>& times)
     {
         for (int i = 0; i < times.size(); ++i)
@@ -380,15 +332,7 @@ private:
         QTRY_VERIFY(f->TxtSReadPPd->text().size() == 4 && SendFlag);
     }
     QCheckBox* check(const QString& name) { return Ctl<QCheckBox>(f, name); }
-    QString tips()
-    {
-        auto one = [](QLabel* l) { return l->isVisible() ? l->text() : QStringLiteral("-"); };
-        return one(f->lblFengJiTip) + '|' + one(f->lblChuChenTip);
-    }
-    QString pictures()
-    {
-        return f->cmdFengJi->property("picture").toString() + '|' + f->cmdChuChen->property("picture").toString();
-    }
+    static QString shownOrHidden(QLabel* l) { return l->isVisible() ? "/shown" : "/hidden"; }
 
     Other* f = nullptr;
 };

@@ -1,7 +1,6 @@
 // The plant blocks' rules as the settings command meets them, and the commissioned simulator they judge.
 #include "plant_rig.h"
 
-#include "common/scale_table.h"
 #include "plant/plant_blocks.h"
 
 namespace {
@@ -18,11 +17,7 @@ QList<int> edited(const QString& id, const QString& edits)
     return raw;
 }
 // Rules no form test reaches: the first field out of its range (-1: none) and the message it gives.
-const struct {
-    const char *name, *id, *edits;
-    int field;
-    const char* message;
-} kFaults[] = {
+const struct { const char *name, *id, *edits; int field; const char* message; } kFaults[] = {
     {"times: bell duration at its floor", "D215", "1=3", -1, ""},
     {"times: tenths count", "D215", "3=4.9", 3, "请检查!时间设定的输入范围为：(5-60)S"},
     {"vibrators: words from D291 go back as held", "D272", "20=0 23=99 26=0", -1, ""},

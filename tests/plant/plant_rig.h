@@ -4,16 +4,15 @@
 
 #include "common/form_access.h"
 #include "common/module1.h"
+#include "common/scale_table.h"
 #include "link/link_engine.h"
 #include "shell/app_setup.h"
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QTest>
 
 using plcsim::Fault;
 
-// A status caption as text and colour.
 inline QString Status(QLabel* l) { return l->text() + '/' + TextColor(l).name(); }
 
 // A second base of each test class: setUp() in init(), tearDown() in cleanup().
@@ -31,7 +30,6 @@ struct PlantRig {
         delete mb;
         delete h;
     }
-    // Shows a form as its menu entry does.
     template <class F> F* show(const char* name)
     {
         Forms::show(QLatin1String(name));

@@ -1,6 +1,5 @@
 #include "plant_rig.h"
 
-#include "common/scale_table.h"
 #include "plant/zd_time.h"
 
 namespace {
@@ -19,38 +18,22 @@ QList<int> block(int from, const QList<int>& spare)
 // Registers shown rounded up to whole seconds, and the tenths they go back as; spare ones show the rounding.
 const QList<int> kRegisters = block(5, {35, 5, 4, 600});
 const QList<int> kWrittenBack = block(10, {40, 10, 0, 600});
-const QList<int> kEdited = [] {
-    QList<int> w = kWrittenBack;
-    w[8] = 300;
-    return w;
-}();
 
 // Spare vibrators go back with what they held, rounded like the others. Then the return, answered No: an
 // acknowledged write holds until a key is pressed in a box.
-const struct Write {
-    const char *name, *button;
-    QStringList edits;
-    int naks;
-    QString question;
-    QList<int> words;
-    bool key;
-} kWrites[] = {
+const struct { const char *name, *button; QStringList edits; int naks; QString question; QList<int> words; bool key; }
+    kWrites[] = {
     {"as read, rounded", "lblBdOk", {}, 0, kAskSet, kWrittenBack, false},
     {"defaults at once", "cmdDefault", {}, 0, "是否要初始化参数?",
      {30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 60, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10, 30, 10},
      false},
     {"refused once, then taken", "ImgBdOk", {}, 1, kAskSet, kWrittenBack, false},
-    {"edited, a key after the write", "ImgBdOk", {"8=30"}, 0, kAskSet, kEdited, true},
+    {"edited, a key after the write", "ImgBdOk", {"8=30"}, 0, kAskSet,
+     kWrittenBack.mid(0, 8) << 300 << kWrittenBack.mid(9), true},
 };
 
 // focus -1: the question came. Then the return, answered No: asked whenever a value was changed.
-const struct Check {
-    const char* name;
-    QStringList edits;
-    QString message;
-    int tab, focus;
-    bool asked;
-} kChecks[] = {
+const struct { const char* name; QStringList edits; QString message; int tab, focus; bool asked; } kChecks[] = {
     {"0 in a pause field", {"0=0"}, kRange + "(1-60)S", 0, 0, true},
     {"0 passes in a vibration field, 61 does not", {"1=0", "3=61"}, kRange + "(0-60)S", 0, 3, true},
     {"60 passes in both; a powder field opens its tab", {"0=60", "1=60", "17=61"}, kRange + "(0-60)S", 1, 17, true},
@@ -60,8 +43,6 @@ const struct Check {
 };
 }  // namespace
 
-// The vibrator times on the wire against the simulator: titles from the scale table, the block read
-// rounded to whole seconds and written back in tenths, the checks that skip spare vibrators, the return.
 class ZDTimeTest : public QObject, PlantRig {
     Q_OBJECT
 private slots:
@@ -81,7 +62,7 @@ private slots:
     void blockWritten_data() { TableRows(kWrites); }
     void blockWritten()
     {
-        const Write& c = TableRow(kWrites);
+        const auto& c = TableRow(kWrites);
         open();
         QCOMPARE(h->takeFrames(), QStringList{Frame(QStringLiteral("0122038"))});  // D272, 56 bytes
         QStringList shown;
@@ -91,9 +72,11 @@ private slots:
             enabled += Box(f, i)->isEnabled() ? '1' : '0';
             QCOMPARE(SavedVib.at(size_t(i)), Box(f, i)->text().toDouble());
         }
-        QCOMPARE(shown.join('|'), QStringLiteral("1|2|3|4|4|1|0|60|9|10|11|12|13|14|15|16|17|18|19|20|21|22|23|24|25|26|27|28"));
+        QCOMPARE(shown.join('|'),
+                 QStringLiteral("1|2|3|4|4|1|0|60|9|10|11|12|13|14|15|16|17|18|19|20|21|22|23|24|25|26|27|28"));
         QCOMPARE(enabled, QStringLiteral("1111000000001111111111111111"));
-        QCOMPARE(title(2)->text() + '|' + title(3)->text() + '|' + title(4)->text(), QStringLiteral("秤2振动器|备用振动器|备用振动器"));
+        QCOMPARE(title(2)->text() + '|' + title(3)->text() + '|' + title(4)->text(),
+                 QStringLiteral("秤2振动器|备用振动器|备用振动器"));
         QVERIFY(!title(3)->isEnabled());
         QCOMPARE(Box(f, 0)->toolTip() + Box(f, 1)->toolTip(), QStringLiteral("输入范围为:(1-60)S输入范围为:(0-60)S"));
         Edit(f, c.edits);
@@ -117,7 +100,7 @@ private slots:
     void checkSkipsSpareFields_data() { TableRows(kChecks); }
     void checkSkipsSpareFields()
     {
-        const Check& c = TableRow(kChecks);
+        const auto& c = TableRow(kChecks);
         open();
         h->takeFrames();
         Edit(f, c.edits);
@@ -137,7 +120,6 @@ private slots:
     }
 
 private:
-    // Opens the form as its entry on the system function form does, and waits for the block.
     void open()
     {
         for (int i = 0; i < 28; ++i)
