@@ -28,7 +28,7 @@
 
 namespace {
 constexpr int kWidth = 760;
-// Column widths of the design in twips, 15 to the pixel.
+// Column widths in twips, 15 to the pixel.
 constexpr int kColumnTwips[7] = {1500, 2000, 1500, 1500, 1300, 1300, 1300};
 // The viewer has no section in the language file: its texts are its own.
 }  // namespace

@@ -42,7 +42,7 @@ public:
 
     QString FileName;
 
-    // Beside the design: the rows shown out as CSV (Ctrl+S, and the grid's menu), and a text found in them
+    // Added to the viewer: the rows shown out as CSV (Ctrl+S, and the grid's menu), and a text found in them
     // (Ctrl+F).
     void ExportRows();
     void ShowFind();

@@ -14,7 +14,7 @@
 #include <QStyle>
 
 namespace {
-// 15 twips a pixel: the design's measures kept in its own units.
+// 15 twips a pixel: the box's measures kept in twips.
 constexpr int tw(int twips) { return twips / 15; }
 
 QPointer<MbQuestion> gShowing;

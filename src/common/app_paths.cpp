@@ -116,7 +116,7 @@ QString partnerShare(const QString& host, const QString& windowsPath)
 QString fromWindows(const QString& path)
 {
     const QString p = path.trimmed();
-    // What the design appends to it ("\\Data") comes with a backslash even behind a path of this station.
+    // What callers append to it ("\\Data") comes with a backslash even behind a path of this station.
     if (p.startsWith(QLatin1Char('/')) && !p.startsWith(QLatin1String("//"))) return QDir::cleanPath(slashes(p));
     static const QRegularExpression unc(QStringLiteral("^[\\\\/]{2}([^\\\\/]+)[\\\\/]+([^\\\\/]+)(.*)$"));
     const auto m = unc.match(p);

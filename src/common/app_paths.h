@@ -1,5 +1,5 @@
 #pragma once
-// Where the Windows notions of the design live on Linux. Each mapping is made here and only here.
+// Where the console's Windows notions live on Linux. Each mapping is made here and only here.
 #include <QByteArray>
 #include <QDate>
 #include <QString>
@@ -10,7 +10,7 @@ namespace AppPaths {
 QString appFolder();
 void setAppFolder(const QString& folder);  // seam for tests
 
-// appFolder + "/" + relative, with the design's backslashes turned into slashes.
+// appFolder + "/" + relative, with Windows backslashes turned into slashes.
 QString inApp(const QString& relative);
 
 // "C:\..." paths: the system drive is the folder "drive_c" in the application folder.
@@ -36,7 +36,7 @@ struct DosAttributes {
 void setDosAttributes(DosAttributes access);
 bool isHidden(const QString& path);
 
-// Dir(path, attributes) of the design: the last name of an existing path, empty if there is none.
+// BASIC's Dir(path, attributes): the last name of an existing path, empty if there is none.
 // Folders are reported only when withFolders is set.
 QString Dir(const QString& path, bool withFolders);
 

@@ -23,7 +23,7 @@ QString ErrorLogPath(const QDate& date)
 void LogProgramError(const QString& form, const QString& routine, const QString& number, const QString& description)
 {
     try {
-        // The same text as the design's key, number and routine run together.
+        // One entry per message number and routine, run together.
         const QString key = number + routine;
         if (g_logged.contains(key)) return;
         g_logged.insert(key);

@@ -31,7 +31,7 @@ void ShowControl(const QString& form, const QString& control);  // as it stands:
 QString ControlText(const QString& form, const QString& control);
 void SetControlText(const QString& form, const QString& control, const QString& text);
 
-// The design's name of member i of an indexed set of controls: "TxtDCansd(3)".
+// The control name of member i of an indexed set of controls: "TxtDCansd(3)".
 QString IndexedName(const char* base, int i);
 
 inline const QColor kGreen(0, 0x80, 0);

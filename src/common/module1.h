@@ -1,6 +1,6 @@
 #pragma once
 // The shared store: link state, flags by which forms and timers talk, devices of the selected scale,
-// language and message-box globals. Flags are the design's 16-bit booleans, held as bool.
+// language and message-box globals. Flags, 16-bit booleans in BASIC, are held as bool.
 #include <QString>
 #include <array>
 #include <functional>
@@ -77,4 +77,4 @@ inline std::function<void(int)> EndProcess;
 void EndProcessNow(int code);
 
 constexpr int kColorGreen = 0x008000;
-constexpr int kColorRed = 0x0000FF;  // the design's BGR value FF: red
+constexpr int kColorRed = 0x0000FF;  // BGR value FF: red

@@ -68,7 +68,7 @@ constexpr int kNamedScales = 14;  // BLZConfig.dat and "Name" carry scales 0..13
 
 QString u8(const char* text) { return QString::fromUtf8(text); }
 
-// "\Data\X" of the design: in the Data folder if there is one, otherwise in the application folder.
+// A "\Data\X" path: in the Data folder if there is one, otherwise in the application folder.
 QString dataOrAppFile(const QString& name)
 {
     if (QFileInfo(AppPaths::inApp(QStringLiteral("Data"))).isDir()) return AppPaths::inApp(QStringLiteral("Data/") + name);
@@ -145,7 +145,7 @@ QString SysDataPath() { return dataOrAppFile(QStringLiteral("SysData.dat")); }
 
 QString CNameIniPath() { return AppPaths::inApp(QStringLiteral("Data/CName.ini")); }
 
-// The design names "\data\NetPath.ini" in lower case; Linux tells the cases apart, so both are tried.
+// The file is named "\data\NetPath.ini" in lower case; Linux tells the cases apart, so both are tried.
 QString NetPathIniPath()
 {
     const QString upper = AppPaths::inApp(QStringLiteral("Data/NetPath.ini"));

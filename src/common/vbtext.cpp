@@ -261,7 +261,7 @@ QString Hex(long long value)
     return QString::number(bits, 16).toUpper();
 }
 
-// Fifteen significant digits, as the design's Str and CStr give them; exponent form from 1E+15 up and
+// Fifteen significant digits, as BASIC's Str and CStr give them; exponent form from 1E+15 up and
 // below 0.0001 ("1E-05").
 QString NumText(double value)
 {

@@ -41,7 +41,7 @@ QString Mid(const QString& s, int start, int length = -1);
 // Upper-case hex of an integer; negative values as their 32-bit two's complement ("FFFFFFFF").
 // A value that fits in 16 bits signed shows as 16 bits ("FFFF" for -1), as the 16-bit routines expect.
 QString Hex(long long value);
-// Decimal text of a number as the design's Str/CStr give it: no trailing zeros, no "+".
+// Decimal text of a number as BASIC's Str/CStr give it: no trailing zeros, no "+".
 QString NumText(double value);
 // Date and time as the station writes them into its files: "2026/3/5" and "14:03:22", the gap between them
 // one blank in the records and the names file, three in the error log.

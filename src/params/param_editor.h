@@ -20,7 +20,7 @@ class ParamEditor : public FormBase {
 public:
     ParamEditor(const QString& name, int boxCount, int rows, const char* loadLogName);
 
-    // The design's routines, public so that the reply continuations and a reader can find them.
+    // The form's routines, public so that the reply continuations and a reader can find them.
     void SelectPage(int page);
     void RefreshParams();
     bool EnterChecked(const QStringList& low, const QStringList& high);

@@ -75,7 +75,7 @@ void ParamEditor::buildOptionPage()
             auto* box = new QCheckBox(frame);
             box->setObjectName(IndexedName("Check1", i));
             box->setGeometry(300 + 170 * side, 9, 165, 28);
-            // A box set by the program runs this too, as the design's click does; the armed flag keeps
+            // A box set by the program runs this too, as an operator's click does; the armed flag keeps
             // those runs quiet.
             connect(box, &QCheckBox::toggled, this, [this, i] { optionClicked(i); });
             Check1[i] = box;

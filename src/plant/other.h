@@ -17,7 +17,7 @@ class Other : public FormBase {
 public:
     Other();
 
-    // The design's routines, public so that the reply continuations and a reader can find them.
+    // The form's routines, public so that the reply continuations and a reader can find them.
     void SelectTab(int tab);
     void EnableBellTimes(bool on);
     void EnableMonitorTime(bool on);

@@ -56,7 +56,7 @@ class FormBase : public QWidget {
 public:
     explicit FormBase(const QString& name, QWidget* parent = nullptr);
 
-    // Creates the pair on parent at geometry (pixels), named as the design names them.
+    // Creates the pair on parent at geometry (pixels), named by their control names.
     ImageButton addImageButton(QWidget* parent, const QString& imageName, const QString& captionName,
                                const QRect& geometry, ButtonSize size, const QString& text,
                                std::function<void()> onClick);
@@ -80,7 +80,7 @@ public:
     // A centred dark blue heading: the form's title or a panel's.
     QLabel* addTitle(const QString& name, const QString& text, const QRect& geometry, int pixelSize,
                      QWidget* parent = nullptr);
-    // A label with the design's name; parent defaults to the form.
+    // A label with its control name; parent defaults to the form.
     QLabel* addLabel(const QString& name, const QString& text, const QRect& geometry, QWidget* parent = nullptr);
     // The shared exit question; on Yes the program ends through the main form's exit path.
     void askExit();

@@ -70,7 +70,7 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
     ComboPlc->setGeometry(170, 120, 190, 28);
     for (int i = 1; i <= 6; ++i)
         ComboPlc->addItem(QStringLiteral("Com%1").arg(i));
-    ComboPlc->setCurrentIndex(1);  // design value: Com2
+    ComboPlc->setCurrentIndex(1);  // Com2 until the files say otherwise
     lblLan = addLabel(QStringLiteral("lblLan"), QString(), {30, 166, 130, 28}, picCom);
     lblLan->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     ComboLan = new QComboBox(picCom);
@@ -85,7 +85,7 @@ PLC::PLC() : FormBase(QStringLiteral("PLC"))
     addHoverSurface(picCom);
     connect(ComboLan, &QComboBox::activated, this, [this](int index) { languageChosen(index); });
 
-    // The diagnostic panel of the design: labelled boxes that no routine reads.
+    // The diagnostic panel: labelled boxes that no routine reads.
     for (const auto& [name, text] : {std::pair{"TxtRSA", "D57"}, {"TxtDN", "32"}, {"TxtWSA", "D300"}, {"TxtWN", "15"}}) {
         auto* e = new QLineEdit(QLatin1String(text), this);
         e->setObjectName(QLatin1String(name));

@@ -3,12 +3,8 @@
 #include "test_support.h"
 
 #include "calibration/bc_but.h"
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
 
 #include <QLineEdit>
 
@@ -19,12 +15,4 @@ inline BcBut* OpenBcBut(short mode = 0)
     MenuTitle = mode == 0 ? QStringLiteral("调校") : QStringLiteral("参数设定");
     Forms::show(QStringLiteral("BcBut"));
     return qobject_cast<BcBut*>(Forms::loaded(QStringLiteral("BcBut")));
-}
-// A file with exactly these bytes, its folders made.
-inline void PutFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(f.write(bytes), bytes.size());
 }

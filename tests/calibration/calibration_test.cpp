@@ -515,8 +515,8 @@ private slots:
             QDir().mkpath(QString::fromUtf8(p));
             QVERIFY(!root || (::chown(p.constData(), 0, kGroup) == 0 && ::chmod(p.constData(), 02775) == 0));
         }
-        PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
-                GbLines({"NetworkPath=" + h->path(QStringLiteral("prod"))}));
+        QVERIFY(putBytes(h->path(QStringLiteral("Data/NetPath.ini")),
+                GbLines({"NetworkPath=" + h->path(QStringLiteral("prod"))})));
         CNameMissing = true;
         for (int i : {5, 6, 10, 13})
             ScaleName[size_t(i)] = QStringLiteral("备用");
@@ -618,20 +618,20 @@ private slots:
         const QString copyAt = folder + QStringLiteral("/CName.ini");
         ScaleName[13] = QStringLiteral("外加剂3");
         const QByteArray before = GbLines({"[Name]", "01=骨料1"});
-        PutFile(cname(), before);
+        QVERIFY(putBytes(cname(), before));
         if (c.readOnly)
             QFile::setPermissions(cname(), QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         if (c.statError)
             FolderStatError = [e = c.statError](const QString&) { return e; };
         if (*c.netPath)
-            PutFile(h->path(QStringLiteral("Data/NetPath.ini")),
-                    GbLines({"NetworkPath=" + QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path())}));
+            QVERIFY(putBytes(h->path(QStringLiteral("Data/NetPath.ini")),
+                    GbLines({"NetworkPath=" + QString::fromUtf8(c.netPath).replace(QLatin1Char('@'), h->dir.path())})));
         if (there == QLatin1String("file"))
-            PutFile(folder, "not a folder\r\n");
+            QVERIFY(putBytes(folder, "not a folder\r\n"));
         else
             QDir().mkpath(folder);
         if (there == QLatin1String("read-only")) {
-            PutFile(copyAt, GbLines({"[Name]", "01=other station"}));
+            QVERIFY(putBytes(copyAt, GbLines({"[Name]", "01=other station"})));
             QFile::setPermissions(copyAt, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
         }
         if (c.spoolFolder)
@@ -690,7 +690,7 @@ private slots:
         const bool readOnly = share == QLatin1String("read-only");
         const bool copied = share == QLatin1String("mounted") && *c.partner;
         if (readOnly) {
-            PutFile(partnerFile, GbLines({"[Name]", "01=their own"}));
+            QVERIFY(putBytes(partnerFile, GbLines({"[Name]", "01=their own"})));
             QFile::setPermissions(partnerFile, QFile::ReadOwner);
         }
         CNameMissing = true;
@@ -892,7 +892,7 @@ private slots:
                     .startsWith("CengIndex=14\r\n"));
     }
 
-    // The rows as read from the file, again on a new date (the date does not filter), in the design's
+    // The rows as read from the file, again on a new date (the date does not filter), in the viewer's
     // columns: widths in twips, 15 to the pixel, the last one not stretched. The rows go with the form.
     void gridColumns_data() { TableRows(kGrid); }
     void gridColumns()
@@ -901,10 +901,10 @@ private slots:
         if (c.file) {
             const QString text = QString::fromUtf8(c.file);
             const QByteArray mark(c.mark);
-            PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
+            QVERIFY(putBytes(h->path(QStringLiteral("Data/BiaoCeng.txt")),
                       mark.isEmpty()          ? TextFile::encode(text)
                       : mark.startsWith('\xEF') ? mark + text.toUtf8()
-                                              : mark + QStringEncoder(QStringEncoder::Utf16LE).encode(text));
+                                              : mark + QStringEncoder(QStringEncoder::Utf16LE).encode(text)));
         }
         Forms::show(QStringLiteral("FrmJk"));
         QWidget* form = Forms::loaded(QStringLiteral("FrmJk"));
@@ -935,7 +935,7 @@ private slots:
     {
         const auto& c = TableRow(kRefusedWrites);
         const QString path = h->path(QLatin1String(c.file));
-        PutFile(path, "kept\r\n");
+        QVERIFY(putBytes(path, "kept\r\n"));
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
         // An operator other than the superuser, whom permissions do not stop, in folders open to him.
         for (const QString& folder : {h->dir.path(), h->path(QStringLiteral("Data"))})
@@ -976,7 +976,7 @@ private slots:
             list += gb.encode(longListRecord(i).join(QStringLiteral("\r\n")) + QStringLiteral("\r\n\r\n"));
             fields += longListRecord(i);
         }
-        PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")), list);
+        QVERIFY(putBytes(h->path(QStringLiteral("Data/BiaoCeng.txt")), list));
         Forms::show(QStringLiteral("FrmJk"));
         auto* form = static_cast<FrmJk*>(Forms::loaded(QStringLiteral("FrmJk")));
         const QString gone = h->path(QStringLiteral("gone/records.csv"));
@@ -1030,12 +1030,12 @@ private slots:
     {
         const auto& c = TableRow(kCommands);
         // The third record has no operator: the rows after it start with their dates.
-        PutFile(h->path(QStringLiteral("Data/BiaoCeng.txt")),
+        QVERIFY(putBytes(h->path(QStringLiteral("Data/BiaoCeng.txt")),
                 TextFile::encode(QStringLiteral("一号秤\r\n2025/12/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                 "一号秤\r\n2026/1/31 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                 "二号秤\r\n2026/3/1 8:00:00\r\n\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
                                                 "一号秤\r\n2026/3/2 8:00:00\r\n李\r\n标零\r\n1\r\n2\r\n3\r\n\r\n"
-                                                "一号秤\r\n2026/11/2 8:00:00\r\n李\r\n标重\r\n1\r\n2\r\n3\r\n\r\n")));
+                                                "一号秤\r\n2026/11/2 8:00:00\r\n李\r\n标重\r\n1\r\n2\r\n3\r\n\r\n"))));
         QBuffer buffer;
         buffer.open(QIODevice::WriteOnly);
         const QString error =

@@ -3,20 +3,12 @@
 #include "test_support.h"
 
 #include "common/app_paths.h"
-#include "common/module1.h"
 #include "common/profile.h"
 #include "common/text_file.h"
 
 #include <QStringEncoder>
 
 #include <memory>
-
-inline bool putBytes(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
-}
 
 // UTF-16 little-endian behind its mark, as a Windows editor saves "Unicode".
 inline QByteArray u16(const QString& text)

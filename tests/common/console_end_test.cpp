@@ -3,10 +3,7 @@
 #include "common_test_util.h"
 
 #include "common/event_yield.h"
-#include "common/form_access.h"
 #include "common/scale_table.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
 #include "shell/plc_form.h"
 
 #include <QCheckBox>

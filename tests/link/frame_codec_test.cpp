@@ -1,8 +1,6 @@
 #include "test_support.h"
 
-#include "common/module1.h"
 #include "link/frame_codec.h"
-#include "link/link_engine.h"
 
 namespace {
 // A row's kind names the routine; request: device, devices covered, reply length as the trace reads them back;

@@ -1,14 +1,10 @@
 // The link with its re-send clock ticked by hand: its trace, and every step against every way the line fails.
 #include "test_support.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/text_file.h"
 #include "link/frame_codec.h"
-#include "link/link_engine.h"
 #include "link/link_trace.h"
 #include "link/step_table.h"
-#include "shell/app_setup.h"
 
 #include <QLabel>
 #include <QRegularExpression>

@@ -2,9 +2,7 @@
 // whatever a round trip leaves behind shows as growth of the process.
 #include "test_support.h"
 
-#include "common/module1.h"
 #include "link/frame_codec.h"
-#include "link/link_engine.h"
 
 #include <unistd.h>
 

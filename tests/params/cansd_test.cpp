@@ -195,18 +195,12 @@ QList<int> edited(int scale, const char* edits)
 
 // The kind's defaults with edits, the field of the first fault (-1: none) and its message.
 const struct { const char* name; int scale; const char* edits; int field; const char* message; } kFaults[] = {
-    {"defaults pass", 0, "", -1, ""},
     {"zero range above the tolerance", 0, "4=31", 4, "零位范围不应大于卸料允许误差值!"},
     {"lead above its ceiling", 0, "6=50 7=60", 7, "扣称提前量不应大于扣称提前量最大值!"},
     {"fall above its ceiling", 0, "9=100 10=101", 10, "落差调整值不应大于落差调整最大值!"},
     {"second material, its row hidden", 6, "9=200 11=210", 11, "M2落差调整值不应大于落差调整最大值!"},
     {"third material of cement", 8, "9=20 12=21", 12, "M3落差调整值不应大于落差调整最大值!"},
-    {"fourth material of cement", 8, "9=20 13=21", 13, "M4落差调整值不应大于落差调整最大值!"},
     {"third material of powder", 9, "9=200 12=210", 12, "M3落差调整值不应大于落差调整最大值!"},
-    {"pulse time above, where the top is written \"2\"", 7, "0=21", 0, "请检查!超扣补秤脉冲时间的范围为:(0.1-2)S"},
-    {"whole seconds, above", 0, "2=100", 2, "请检查!卸料延时控制时间的范围为:(0-9)S"},
-    {"key zero above", 0, "3=201", 3, "请检查!按键归零允许范围为:(20-200)Kg"},
-    {"water, one decimal above", 7, "3=501", 3, "请检查!按键归零允许范围为:(10.0-50.0)Kg"},
     {"additive, two decimals below", 11, "8=4", 8, "请检查!计量允许误差值为:(0.05-0.50)Kg"},
     {"additive, two decimals at the floor", 11, "8=5", -1, ""},
     {"a hidden row is not judged", 0, "12=999", -1, ""},

@@ -2,11 +2,7 @@
 // What every plant form test starts from: the simulator on the line and an operator at the boxes.
 #include "test_support.h"
 
-#include "common/form_access.h"
-#include "common/module1.h"
 #include "common/scale_table.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -3,12 +3,9 @@
 #include "calibration/mb_question.h"
 #include "common/app_paths.h"
 #include "common/error_log.h"
-#include "common/module1.h"
 #include "common/own_text.h"
 #include "common/scale_table.h"
 #include "common/text_file.h"
-#include "common/form_access.h"
-#include "link/link_engine.h"
 #include "link/register_map.h"
 #include "plcsim/sim_port.h"
 #include "shell/plc_form.h"
@@ -227,6 +224,13 @@ QString WordsHex(const QList<int>& words)
         s += QStringLiteral("%1%2").arg(v & 0xFF, 2, 16, QLatin1Char('0')).arg(v >> 8, 2, 16, QLatin1Char('0'));
     }
     return s.toUpper();
+}
+
+bool putBytes(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
 }
 
 QByteArray rawBytes(const QString& path)

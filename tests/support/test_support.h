@@ -1,14 +1,17 @@
 #pragma once
 // What every console test needs: its own application folder, the simulator on the port, fresh globals,
 // and an operator who answers the own message box.
+#include "common/form_access.h"
+#include "common/module1.h"
+#include "link/link_engine.h"
 #include "plcsim/controller.h"
+#include "shell/app_setup.h"
 
 #include <QObject>
 #include <QStringList>
 #include <QTest>
 #include <QTemporaryDir>
 #include <QTimer>
-
 #include <QWidget>
 
 // While this lives, the file accesses of this thread and of the threads it starts are checked as those of
@@ -70,6 +73,8 @@ QString Frame(const QString& body);
 QString WriteFrame(const char* at, const char* data);
 // The data digits of a block of words, each low byte first.
 QString WordsHex(const QList<int>& words);
+// Writes a file of exactly these bytes, its folders made.
+bool putBytes(const QString& path, const QByteArray& bytes);
 // A file's bytes; empty when it cannot be read.
 QByteArray rawBytes(const QString& path);
 // Today's error log as text.
@@ -77,7 +82,7 @@ QString ErrorLogText();
 // The bytes of a text file the stations share: lines ended by CRLF, in their code page.
 QByteArray GbLines(const QStringList& lines);
 
-// A child widget of a form by its design name.
+// A child widget of a form by its control name.
 template <class T = QWidget> T* Ctl(QWidget* form, const QString& name) { return form->findChild<T*>(name); }
 // Text colour of a status caption.
 QColor TextColor(QWidget* label);
@@ -104,9 +109,3 @@ template <class T, size_t N> const T& TableRow(const T (&rows)[N])
 {
     return rows[*static_cast<int*>(QTest::qData("row", QMetaType::Int))];
 }
-
-// What nearly every console test drives: the forms by name, the shared store, the link.
-#include "common/form_access.h"
-#include "common/module1.h"
-#include "link/link_engine.h"
-#include "shell/app_setup.h"
