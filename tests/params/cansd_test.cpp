@@ -75,7 +75,6 @@ const char kAddBoxes[] =
 // the page shows before.
 const struct { const char *name; int scale; const char *start, *edits, *message; int focus; const char* hint; }
     kChecks[] = {
-    {"box 2 refuses 12", 0, kAggBoxes, "2=12", "请检查!卸料延时控制时间的范围为:(0-9)S", 2, ""},
     {"range fault in box 14 hides a relation fault", 8, kCemBoxes, "5=5 14=600", "请检查!慢速配料值范围为:((1-500)Kg",
      14, "零位范围不应大于卸料允许误差值!"},
     // Box 14 is never tested, box 11 only while shown.
@@ -151,15 +150,12 @@ const struct { const char* name; int scale; const char* rows; } kRowsByScale[] =
 // (whole seconds) digits only; keys that type nothing keep their role. cursor -1: the whole text selected,
 // as a box selects it on focus. Action "type:", "paste:", "del" (Delete as X11 sends it) or "bs".
 const struct { const char* name; int k; const char* start; int cursor; const char *action, *text; } kTyping[] = {
-    {"digit typed", 3, "12", 2, "type:3", "123"},
     {"letters and a second point swallowed", 3, "", 0, "type:1a2.3.4", "12.34"},
     {"minus swallowed", 3, "12", 0, "type:-", "12"},
-    {"second point swallowed", 3, "1.2", 3, "type:.", "1.2"},
     {"point over a selected text that holds one", 3, "1.2", -1, "type:.", "1.2"},
     {"digit over a selected text", 3, "1.2", -1, "type:7", "7"},
     // A value the program showed with a character of no key: the next keys are judged all the same.
     {"letter after a read negative value", 3, "-5", 2, "type:a1", "-51"},
-    {"point once", 3, "12", 2, "type:.", "12."},
     {"box 2 takes no point", 2, "12", 2, "type:4.5", "1245"},
     {"digit beside a read point", 2, "5.5", 3, "type:1", "5.51"},
     {"Delete deletes", 3, "150", 0, "del", "50"},
@@ -195,7 +191,6 @@ QList<int> edited(int scale, const char* edits)
 
 // The kind's defaults with edits, the field of the first fault (-1: none) and its message.
 const struct { const char* name; int scale; const char* edits; int field; const char* message; } kFaults[] = {
-    {"zero range above the tolerance", 0, "4=31", 4, "零位范围不应大于卸料允许误差值!"},
     {"lead above its ceiling", 0, "6=50 7=60", 7, "扣称提前量不应大于扣称提前量最大值!"},
     {"fall above its ceiling", 0, "9=100 10=101", 10, "落差调整值不应大于落差调整最大值!"},
     {"second material, its row hidden", 6, "9=200 11=210", 11, "M2落差调整值不应大于落差调整最大值!"},
