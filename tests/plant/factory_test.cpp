@@ -31,7 +31,6 @@ const struct { const char* name; QStringList codes; int wrongBoxes; QString outc
 const struct { const char* name; bool yes; int naks; bool clearLost; QStringList frames, statuses; } kPulse[] = {
     {"set and cleared", true, 0, false, {kSet, kClear}, {kBusy, kDone, kDone}},
     {"answered No", false, 0, false, {}, {"/#000000/hidden"}},
-    {"set refused once", true, 1, false, {kSet, kSet, kClear}, {kBusy, kBusy, kDone, kDone}},
     {"clear unanswered", true, 0, true, {kSet, kClear, kClear}, {kBusy, kDone, kDone}},
     {"set refused every time", true, 9, false, QStringList(9, kSet), QStringList(10, kBusy)},
 };

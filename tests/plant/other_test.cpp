@@ -48,7 +48,6 @@ const struct { const char* name; QString button; QStringList edits; int naks; QL
     {"edited", "ImgBdOk", {"0=60", "3=5"}, 0, {600, 50, 80, 50, 50, 50}, {kBusy, kDone}, true, false, false},
     {"defaults at once, a key after", "lblDefault", {"0=0"}, 0, {50, 50, 80, 180, 50, 50}, {kBusy, kDone}, true, true,
      true},
-    {"refused once, then taken", "ImgBdOk", {}, 1, kTimes, {kBusy, kRetry, kDone}, true, false, false},
     {"defaults refused every time", "cmdDefault", {}, 9, {50, 50, 80, 180, 50, 50},
      QStringList{kBusy} + QStringList(9, kRetry), false, false, true},
 };
@@ -57,7 +56,6 @@ const struct { const char* name; QString button; QStringList edits; int naks; QL
 const struct { const char* name; QList<int> registers; QStringList edits; QString range; int tab, focus; }
     kTimeFaults[] = {
     {"61 in field 0", kTimes, {"0=61", "1=60"}, "(0-60)S", 0, 0},
-    {"2 in field 1", kTimes, {"1=2"}, "(3-60)S", 0, 1},
     {"field 3 on tab 1, field 5 after it", kTimes, {"3=4", "5=31"}, "(5-60)S", 1, 3},
     {"31 opens the hopper tab", kTimes, {"5=31"}, "(0-30)S", 4, 5},
     {"hidden monitor time below range", {55, 50, 80, 180, 40, 50}, {}, "(5-60)S", 2, -1},
@@ -72,12 +70,6 @@ const struct { const char *name, *button; bool press; int naks, y60; const char 
     {"fan released", "cmdFengJi", false, 0, 0, "0000", "",
      "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
     {"valve pressed", "cmdChuChen", true, 0, 0, "0400", "",
-     "风机已关闭!/#ff0000/shown|除尘阀已开启!/hidden|ImageRed|ImageGreenUp"},
-    {"fan press refused", "cmdFengJi", true, 1, 0, "0200", "尝试开启风机!/#ff0000/shown",
-     "风机已开启!/#008000/shown|除尘阀已关闭!/hidden|ImageGreenUp|ImageRed"},
-    {"fan release refused", "cmdFengJi", false, 1, 0, "0000", "尝试关闭风机!/#ff0000/shown",
-     "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},
-    {"valve press refused", "cmdChuChen", true, 1, 0, "0400", "尝试开启除尘阀!/#ff0000/hidden",
      "风机已关闭!/#ff0000/shown|除尘阀已开启!/hidden|ImageRed|ImageGreenUp"},
     {"valve release refused", "cmdChuChen", false, 1, 0, "0000", "尝试关闭除尘阀!/#ff0000/hidden",
      "风机已关闭!/#ff0000/shown|除尘阀已关闭!/hidden|ImageRed|ImageRed"},

@@ -31,14 +31,12 @@ const QString kRetry = QStringLiteral("正在尝试继续传感器配置设定!/
 // while the values are not set, answered with `leaveYes`.
 const struct { const char* name; int naks, sends; bool yes; QStringList statuses; bool saved, leaveYes; } kWrites[] = {
     {"acknowledged", 0, 1, true, {kBusy, kDoneShown}, true, false},
-    {"refused once, then taken", 1, 2, true, {kBusy, kRetry, kDoneShown}, true, false},
     {"refused every time", 9, 9, true, QStringList{kBusy} + QStringList(9, kRetry), false, false},
     {"answered No", 0, 0, false, {"/#000000/hidden"}, false, true},
 };
 
 // entry "default": the initialise button; "read": the scale's register read as 40000.
 const struct { const char* name; int scale; QString entry, box; } kRanges[] = {
-    {"two decimals, above 300", 11, "300.01", kRange + "(0-300kg)"},
     {"no decimals, above 30000", 3, "30001", kRange + "(0-30000kg)"},
     {"negative read", 8, "read", kRange + "(0-30000kg)"},
     {"initialised, two decimals at 0", 0, "default", kRange + "(0-300kg)"},

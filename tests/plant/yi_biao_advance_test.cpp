@@ -33,12 +33,10 @@ const struct { const char* name; QString button; bool yes; QStringList frames; b
 };
 
 const QString kAskSet = QStringLiteral("是否设定当前参数?");
-const QString kUp = QStringLiteral("请检查!上升提前减速脉冲数的输入范围为:(100-2000)");
 const QString kDown = QStringLiteral("请检查!下降提前减速脉冲数的输入范围为:(100-2000)");
 const struct { const char* name; QString up, down; bool yes; QStringList boxes, frames; } kDecels[] = {
     {"100 and 2000", "100", "2000", true, {kAskSet}, {decelWrite(100, 2000)}},
-    {"99 up", "99", "500", true, {kUp}, {}},
-    {"2001 down", "500", "2001", false, {kDown}, {}},
+    {"2001 down", "500", "2001", true, {kDown}, {}},
     {"no point can be typed", "1.50", "5.00", true, {kAskSet}, {decelWrite(150, 500)}},
     {"four digits at most", "20005", "300", true, {kAskSet}, {decelWrite(2000, 300)}},
     {"answered No", "300", "300", false, {kAskSet}, {}},
