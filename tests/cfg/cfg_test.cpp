@@ -74,18 +74,10 @@ const struct { const char* name; char kind; int device, value; const char *diff,
 // goes to the controller, not even a read. The first line that starts with the prefix is replaced (no line:
 // the file ends before it); the fault is that many lines after it; restore or diff.
 const struct { const char *name, *prefix, *line; int shift; bool restore; const char* message; } kRefused[] = {
-    {"parameter above its range", "p03 ", "p03 = 201 | 201", 0, true,
-     "骨料1 [scale00.params] 按键归零允许范围: 请检查!按键归零允许范围为:(20-200)Kg"},
     {"zero range above the discharge tolerance", "p04 ", "p04 = 40", 0, true,
      "骨料1 [scale00.params] 零位范围: 零位范围不应大于卸料允许误差值!"},
     {"plant time below its range", "t1 ", "t1 = | 2", 0, true,
      "系统功能设定 [D215] 持续响铃时间: 请检查!时间设定的输入范围为：(3-60)S"},
-    {"vibrator pause of nought", "vib00 ", "vib00 = 0", 0, true,
-     "振动器振动时间设定 [D272] 骨料3振动器 计量振动间歇时间: 请检查!振动时间设定的输入范围为:(1-60)S"},
-    {"sensor load above 300.00 kg", "load11 ", "load11 = 30001", 0, true,
-     "传感器配置设定 [D200] 外加剂1: 请检查!传感器配置设定的输入范围为:(0-300kg)"},
-    {"deceleration distance below 100", "decelUp ", "decelUp = 99", 0, true,
-     "斗提位置标定 [D291] 上升提前减速脉冲数: 请检查!上升提前减速脉冲数的输入范围为:(100-2000)"},
     {"S500 against scale 0's options", "[S500]\nbits", "bits = 1", 0, true,
      "[S500] 与 [scale00.options] 是控制器中相同的位，两处的值必须一致。"},
     {"newer format", "format", "format 2", 0, false, "文件格式 2 比本程序能读的格式 1 新，请使用新版本的 orvaplccfg。"},

@@ -148,8 +148,6 @@ const struct { const char* name; QByteArray blz; const char* cname; int port; co
 const QString kNames = QString::fromUtf8("[Name]\r\n01=石子\r\n08=水泥A\r\n");
 const struct { const char* name; QByteArray cname; bool unreadable; } kNamesFiles[] = {
     {"GB18030", TextFile::encode(kNames), false},
-    {"UTF-8 with a BOM", "\xEF\xBB\xBF" + kNames.toUtf8(), false},
-    {"UTF-16 with a BOM", u16(kNames), false},
     {"missing", {}, false},
     {"unreadable", TextFile::encode(kNames), true},
 };

@@ -41,8 +41,6 @@ kExchanges[] = {
     {"wrong checksum", 0x1246, {}, "\x02" "1124602D204\x03" "00", NAK, QByteArray("\x00\x00", 2)},
     {"read past the end", 0, {}, F("013FF02"), NAK, {}},
     // Y62 follows the jog bits and leaves the other outputs alone.
-    {"fan held", 0xA6, QByteArray(1, 0), F("1001A020200"), ACK, "\x40"},
-    {"dust valve held", 0xA6, QByteArray(1, 0), F("1001A020400"), ACK, "\x80"},
     {"jog released", 0xA6, "\xC4", F("1001A020000"), ACK, "\x04"},
     // Force on and off name a bit by its number, low byte first: Y0 is bit 0500, M8 bit 0808, S7 bit 0007.
     {"force on Y0", 0xA0, QByteArray(1, 0), F("70005"), ACK, "\x01"},
@@ -62,7 +60,6 @@ kSpoilt[] = {
     {"no reply, three times", Fault::NoReply, 3, kWriteD291, {}, 0, true},
     {"nak to a write, not done", Fault::Nak, 2, kWriteD291, NAK, 0, false},
     {"garbage for a read", Fault::Garbage, 1, kReadStatus, {}, 8, true},
-    {"short read", Fault::Short, 1, kReadStatus, kStatusClear.chopped(2), 0, true},
     {"long write", Fault::Long, 1, kWriteD291, ACK, 2, true},
     {"late write", Fault::Late, 1, kWriteD291, ACK, 0, true},
     {"unplugged hears nothing", Fault::Unplugged, 10, kWriteD291, {}, 0, false},
